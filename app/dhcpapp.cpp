@@ -1,0 +1,112 @@
+#include "dhcpapp.h"
+
+#include "dhcpoption.h"
+#include "dhcptable.h"
+#include "mainwindow.h"
+#include "paths.h"
+#include "sighup.h"
+
+#include <QDir>
+#include <QSocketNotifier>
+
+#include <cstdlib>
+#include <iostream>
+#include <memory>
+
+#include <unistd.h>
+
+namespace {
+
+constexpr char definitionDirectory[] = "/usr/share/kiro-dhcp-mgr";
+
+void report(const char *what, const QString &path)
+{
+    std::cerr << what << path.toStdString() << std::endl;
+}
+
+/// Null when the definition is unusable, which is reported.
+std::unique_ptr<DhcpOption> makeOption(const QString &path)
+{
+    try {
+        return std::make_unique<DhcpOption>(path, nullptr);
+    } catch (DhcpOption::ExceptionType reason) {
+        switch (reason) {
+        case DhcpOption::FileNotReadable:
+            report("DhcpOption: File not readable for ", path);
+            break;
+        case DhcpOption::FileParseFailed:
+            report("DhcpOption: File parse failed for ", path);
+            break;
+        default:
+            report("DhcpOption: Unknown exception for ", path);
+            break;
+        }
+    } catch (...) {
+        report("Unexpected exception from DhcpOption for ", path);
+    }
+    return nullptr;
+}
+
+} // namespace
+
+DhcpApp::DhcpApp(bool update, bool all, QObject *parent)
+    : QObject(parent)
+    , updateMode(update)
+    , showAll(all)
+{
+    loadDefinitions();
+    window = new MainWindow(options, updateMode);
+    if (updateMode)
+        return;
+    if (showAll)
+        window->selectView(ShowAll);
+    armSighupRefresh();
+}
+
+DhcpApp::~DhcpApp()
+{
+    // The window and its table point at the records until they are gone.
+    connect(window, &QObject::destroyed, [records = options] { qDeleteAll(records); });
+    window->deleteLater();
+    options.clear();
+}
+
+void DhcpApp::loadDefinitions()
+{
+    const QDir directory(QFile::decodeName(Paths::resolve(definitionDirectory).c_str()));
+    if (!directory.exists()) {
+        report("Cannot read config directory ", directory.path());
+        std::exit(1);
+    }
+    const QStringList names = directory.entryList({QStringLiteral("*.xml")});
+    for (const QString &name : names)
+        loadDefinition(directory.path() + QLatin1Char('/') + name);
+}
+
+void DhcpApp::loadDefinition(const QString &path)
+{
+    std::unique_ptr<DhcpOption> option = makeOption(path);
+    if (option && option->code != 0 && !option->localizedText(QString(), option->names).isEmpty())
+        options.append(option.release());
+    else
+        report("Parse error, file ignored: ", path);
+}
+
+void DhcpApp::armSighupRefresh()
+{
+    if (!makeSighupSockets())
+        return;
+    notifier = new QSocketNotifier(sighupSockets[1], QSocketNotifier::Read, this);
+    connect(notifier, &QSocketNotifier::activated, this, &DhcpApp::sighupRefresh);
+}
+
+void DhcpApp::sighupRefresh()
+{
+    notifier->setEnabled(false);
+    char byte = 0;
+    // One byte at a time, so that every signal leads to a refresh of its own.
+    const ssize_t ignored = ::read(sighupSockets[1], &byte, 1);
+    Q_UNUSED(ignored)
+    window->optionTable()->refreshValues();
+    notifier->setEnabled(true);
+}

@@ -1,0 +1,43 @@
+#include "configurationpageheader.h"
+
+#include <QFrame>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QStyle>
+#include <QVBoxLayout>
+
+ConfigurationPageHeader::ConfigurationPageHeader(const QString &title, bool ruled, QWidget *parent)
+    : QWidget(parent)
+    , m_icon(new QLabel(this))
+{
+    auto *titleLabel = new QLabel(title, this);
+    QFont font = titleLabel->font();
+    font.setBold(true);
+    font.setPointSizeF(font.pointSizeF() * 1.3);
+    titleLabel->setFont(font);
+    m_icon->hide();
+
+    auto *row = new QHBoxLayout;
+    row->addWidget(m_icon);
+    row->addWidget(titleLabel, 1);
+    row->setContentsMargins(style()->pixelMetric(QStyle::PM_LayoutLeftMargin),
+                            style()->pixelMetric(QStyle::PM_LayoutTopMargin),
+                            style()->pixelMetric(QStyle::PM_LayoutRightMargin),
+                            style()->pixelMetric(QStyle::PM_LayoutBottomMargin));
+
+    auto *page = new QVBoxLayout(this);
+    page->setContentsMargins(0, 0, 0, 0);
+    page->setSpacing(0);
+    page->addLayout(row);
+    if (ruled) {
+        auto *rule = new QFrame(this);
+        rule->setFrameStyle(QFrame::HLine | QFrame::Sunken);
+        page->addWidget(rule);
+    }
+}
+
+void ConfigurationPageHeader::setTitleIcon(const QPixmap &icon)
+{
+    m_icon->setPixmap(icon);
+    m_icon->setVisible(!icon.isNull());
+}

@@ -1,0 +1,32 @@
+#include "vcheckbox.h"
+
+#include "vgui.h"
+#include "vorkanclient.h"
+
+namespace {
+
+const QLatin1String True("1");
+const QLatin1String False("0");
+
+} // namespace
+
+VCheckBox::VCheckBox(VGui *gui, const QString &key)
+    : VWidget(gui, key)
+{
+    QString value;
+    VorkanClient().get(key, value, _RegEntryParam(), QString());
+    m_button.setChecked(value == True);
+}
+
+bool VCheckBox::store(VorkanClient &client)
+{
+    const QString state = m_button.isChecked() ? True : False;
+    QString stored;
+    const bool missing = client.get(key(), stored, _RegEntryParam(), QString()) != 0;
+    if (!missing && stored == state)
+        return false;
+    if (missing)
+        client.create(key(), _RegEntryType{VorkanBoolType});
+    client.set(key(), state, _RegEntryParam());
+    return true;
+}

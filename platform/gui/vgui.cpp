@@ -1,0 +1,7 @@
+#include "vgui.h"
+
+VGui::VGui(const QString &path, QWidget *parent)
+    : QObject(parent)
+    , m_path(path)
+{
+}

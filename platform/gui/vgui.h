@@ -1,0 +1,23 @@
+#ifndef VGUI_H
+#define VGUI_H
+
+#include <QWidget>
+
+/// A page of registry-bound fields: names the branch that the page edits and owns its fields (VWidget), which
+/// are its children.
+class VGui : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// `path` is the branch's registry key; `parent` is the window that owns the page.
+    VGui(const QString &path, QWidget *parent);
+
+    QString path() const { return m_path; }
+
+private:
+    Q_DISABLE_COPY(VGui)
+    QString m_path;
+};
+
+#endif

@@ -1,0 +1,9 @@
+#include "vwidget.h"
+
+#include "vgui.h"
+
+VWidget::VWidget(VGui *gui, const QString &key)
+    : QObject(gui)
+    , m_key(key)
+{
+}

@@ -1,0 +1,211 @@
+#include "registrystore.h"
+
+#include "paths.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <iostream>
+
+namespace {
+
+constexpr char StorePath[] = "/var/lib/vorkan/registry.db";
+constexpr std::chrono::milliseconds BusyTimeout{10000};
+
+[[noreturn]] void failWithErrno()
+{
+    throw Sqlite::Error(std::strerror(errno));
+}
+
+class Descriptor
+{
+public:
+    explicit Descriptor(int descriptor)
+        : m_descriptor(descriptor)
+    {
+        if (m_descriptor < 0)
+            failWithErrno();
+    }
+    ~Descriptor() { ::close(m_descriptor); }
+    operator int() const { return m_descriptor; }
+
+private:
+    Q_DISABLE_COPY(Descriptor)
+    int m_descriptor;
+};
+
+std::string parentOf(const std::string &path)
+{
+    const std::string::size_type slash = path.find_last_of('/');
+    return slash == std::string::npos ? "." : path.substr(0, slash);
+}
+
+void syncDirectory(const std::string &path)
+{
+    const Descriptor directory(::open(path.empty() ? "/" : path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (::fsync(directory) != 0)
+        failWithErrno();
+}
+
+/// Makes the directory and its missing parents, mode 0755 whatever the umask.
+void makeDirectory(const std::string &path)
+{
+    if (path.empty() || ::access(path.c_str(), F_OK) == 0)
+        return;
+    const std::string parent = parentOf(path);
+    makeDirectory(parent);
+    if (::mkdir(path.c_str(), 0755) != 0) {
+        if (errno != EEXIST)
+            failWithErrno();
+        return;
+    }
+    if (::chmod(path.c_str(), 0755) != 0)
+        failWithErrno();
+    syncDirectory(parent);
+}
+
+} // namespace
+
+RegistryStore &RegistryStore::instance()
+{
+    static RegistryStore store(Paths::resolve(StorePath));
+    return store;
+}
+
+RegistryStore::RegistryStore(std::string path)
+    : m_path(std::move(path))
+{
+}
+
+std::optional<RegistryStore::Entry> RegistryStore::find(const QString &key)
+{
+    const auto change = m_pending.constFind(key);
+    if (change != m_pending.constEnd())
+        return change->entry;
+    try {
+        if (!openForReading())
+            return std::nullopt;
+        std::optional<Entry> entry;
+        m_select->bind(1, key);
+        if (m_select->step())
+            entry = Entry{static_cast<quint32>(m_select->number(0)), m_select->text(1)};
+        m_select->reset();
+        return entry;
+    } catch (const Sqlite::Error &error) {
+        giveUp(error.what());
+        return std::nullopt;
+    }
+}
+
+void RegistryStore::create(const QString &key, quint32 type)
+{
+    if (!find(key))
+        m_pending.insert(key, Change{Entry{type, QString()}, false});
+}
+
+bool RegistryStore::set(const QString &key, const QString &value)
+{
+    std::optional<Entry> entry = find(key);
+    if (!entry)
+        return false;
+    entry->value = value;
+    m_pending.insert(key, Change{*entry, true});
+    return true;
+}
+
+bool RegistryStore::commit(const QString &path)
+{
+    QMap<QString, Change> changes;
+    for (auto change = m_pending.cbegin(); change != m_pending.cend(); ++change) {
+        if (path.isEmpty() || change.key() == path || change.key().startsWith(path + QLatin1Char('/')))
+            changes.insert(change.key(), *change);
+    }
+    if (changes.isEmpty())
+        return true;
+    if (m_unusable)
+        return false;
+    try {
+        write(changes);
+    } catch (const Sqlite::Error &error) {
+        std::cerr << "Cannot write registry " << m_path << ": " << error.what() << std::endl;
+        return false;
+    }
+    for (auto change = changes.cbegin(); change != changes.cend(); ++change)
+        m_pending.remove(change.key());
+    return true;
+}
+
+/// False when there is nothing to read: no file, no table, or a store that was given up.
+bool RegistryStore::openForReading()
+{
+    if (m_select)
+        return true;
+    if (m_unusable)
+        return false;
+    if (!m_database) {
+        if (::access(m_path.c_str(), F_OK) != 0 && errno == ENOENT)
+            return false;
+        m_database.emplace(m_path, BusyTimeout);
+    }
+    if (!m_database->hasTable("entry"))
+        return false;
+    m_select.emplace(m_database->prepare("SELECT type, value FROM entry WHERE key = ?1"));
+    return true;
+}
+
+/// An empty file is an empty database to SQLite; made here, so that its mode does not depend on the umask.
+void RegistryStore::ensureFile() const
+{
+    makeDirectory(parentOf(m_path));
+    const int descriptor = ::open(m_path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0644);
+    if (descriptor < 0 && errno == EEXIST)
+        return;
+    const Descriptor file(descriptor);
+    if (::fchmod(file, 0644) != 0)
+        failWithErrno();
+}
+
+void RegistryStore::write(const QMap<QString, Change> &changes)
+{
+    if (!m_database) {
+        ensureFile();
+        m_database.emplace(m_path, BusyTimeout);
+    }
+    m_database->execute("PRAGMA journal_mode = DELETE");
+    // EXTRA also flushes the folder after the journal is gone, the moment at which the commit counts.
+    m_database->execute("PRAGMA synchronous = EXTRA");
+
+    Sqlite::Transaction transaction(*m_database);
+    m_database->execute("CREATE TABLE IF NOT EXISTS entry("
+                        "key TEXT PRIMARY KEY, type INTEGER NOT NULL, value TEXT NOT NULL)");
+    // Another process may have made the entry since it was looked up here: a value that was set wins over it, an
+    // empty one that was only created does not.
+    Sqlite::Statement insert = m_database->prepare("INSERT OR IGNORE INTO entry(key, type, value) VALUES(?1, ?2, ?3)");
+    Sqlite::Statement update = m_database->prepare("UPDATE entry SET value = ?2 WHERE key = ?1");
+    for (auto change = changes.cbegin(); change != changes.cend(); ++change) {
+        insert.bind(1, change.key());
+        insert.bind(2, qint64{change->entry.type});
+        insert.bind(3, change->entry.value);
+        insert.step();
+        insert.reset();
+        if (change->valueSet) {
+            update.bind(1, change.key());
+            update.bind(2, change->entry.value);
+            update.step();
+            update.reset();
+        }
+    }
+    transaction.commit();
+}
+
+void RegistryStore::giveUp(const char *reason)
+{
+    std::cerr << "Cannot read registry " << m_path << ": " << reason << std::endl;
+    m_unusable = true;
+    m_select.reset();
+    m_database.reset();
+}

@@ -1,0 +1,11 @@
+#include "vorkan.h"
+
+#include "registrystore.h"
+
+int Vorkan::get(const QString &key, QString &value, const _RegEntryParam & /*param*/,
+                const QString &defaultValue)
+{
+    const std::optional<RegistryStore::Entry> entry = RegistryStore::instance().find(key);
+    value = entry ? entry->value : defaultValue;
+    return entry ? 0 : 1;
+}

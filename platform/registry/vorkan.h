@@ -1,0 +1,46 @@
+#ifndef VORKAN_H
+#define VORKAN_H
+
+#include <QString>
+
+/// Name of the registry's root; every key begins with it. Keys are slash-separated.
+inline constexpr char VorkanRootName[] = "root";
+
+/// Names of the entry types, comma-separated, in the order of their numbers from 0.
+inline constexpr char VorkanTypeNames[] = "string,rc4,uuid,char,ipv4,ipv6,ipaddr,number,float,date,bool";
+inline constexpr quint32 VorkanNumberType = 7;
+inline constexpr quint32 VorkanBoolType = 10; ///< texts "1" and "0"
+
+// The two records carry the names under which the registry's interface declares them.
+// NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
+
+/// Type of an entry: its position in VorkanTypeNames.
+struct _RegEntryType
+{
+    quint32 type = 0;
+};
+
+/// Parameters of a read or a write; there are none yet, so it is always zero.
+struct _RegEntryParam
+{
+    quint32 flags = 0;
+};
+
+// NOLINTEND(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
+
+/// The reading side of the configuration registry.
+class Vorkan
+{
+public:
+    Vorkan() = default;
+    virtual ~Vorkan() = default;
+
+    /// Reads the entry's text into `value`, or `defaultValue` when there is no such entry. Writes that wait
+    /// for a commit in this process are seen. Returns 0 when the entry exists.
+    int get(const QString &key, QString &value, const _RegEntryParam &param, const QString &defaultValue);
+
+private:
+    Q_DISABLE_COPY(Vorkan)
+};
+
+#endif

@@ -1,0 +1,30 @@
+#ifndef VORKANCLIENT_H
+#define VORKANCLIENT_H
+
+#include "vorkan.h"
+
+/// A client of the configuration registry, made for one group of calls and dropped after it.
+///
+/// Clients hold nothing: one connection per process stands behind all of them. What create() and set() change
+/// is pending in the process, visible to later reads through any client, until commit() writes it. A registry
+/// that cannot be read is named once on standard error and counts as empty from then on; nothing is written to
+/// it. Use on one thread only.
+class VorkanClient : public Vorkan
+{
+public:
+    /// Returns 0 when the entry exists, non-zero when it does not.
+    int contains(const QString &key);
+
+    /// Makes an entry with an empty text. An entry that exists keeps its type and text. Returns 0.
+    int create(const QString &key, const _RegEntryType &type);
+
+    /// Gives an existing entry a new text. Returns 0, or non-zero when there is no such entry.
+    int set(const QString &key, const QString &value, const _RegEntryParam &param);
+
+    /// Writes the pending changes at or below `path` (all of them for an empty path) in one durable
+    /// transaction. Returns 0; otherwise nothing was written, the reason went to standard error and the changes
+    /// stay pending.
+    int commit(const QString &path);
+};
+
+#endif

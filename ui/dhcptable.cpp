@@ -1,0 +1,248 @@
+// Building the table, and its views.
+
+#include "dhcptable.h"
+
+#include "dhcpoption.h"
+#include "infokeys.h"
+#include "optioncell.h"
+#include "updatesoff.h"
+#include "vcheckbox.h"
+#include "vgui.h"
+#include "vorkanclient.h"
+#include "vwidgetcontainer.h"
+
+#include "paths.h"
+
+#include <QApplication>
+#include <QFile>
+#include <QHeaderView>
+#include <QStyle>
+
+#include <iostream>
+
+namespace {
+
+constexpr char pencilIconPath[] = "/usr/share/icons/kiro-icons/16x16/pencil.png";
+constexpr int ExtraWidth = 40;   // room for the frame and a scroll bar
+constexpr int CodeDigits = 3;
+
+bool isLeftOut(const DhcpOption &option, ViewMode_t mode)
+{
+    switch (mode) {
+    case ShowCustom:
+        return option.linuxPredefined || option.hideOption;
+    case ShowCommon:
+        return option.hideOption;
+    case ShowAll:
+        break;
+    }
+    return false;
+}
+
+QTableWidgetItem *makeCell(const QString &text, Qt::ItemFlags flags, Qt::Alignment horizontal)
+{
+    auto *cell = new OptionCell(text);
+    cell->setFlags(flags);
+    cell->setTextAlignment(static_cast<int>(horizontal | Qt::AlignVCenter));
+    return cell;
+}
+
+} // namespace
+
+DhcpTable::DhcpTable(const QList<DhcpOption *> &optionList, VGui *page, VWidgetContainer *fields, ViewMode_t mode,
+                     QWidget *parent)
+    : QTableWidget(parent)
+    , options(optionList)
+    , gui(page)
+    , container(fields)
+{
+    setAccessibleName(tr("DHCP options"));
+    // Tab is to leave the table for the buttons; the arrow keys move between its cells.
+    setTabKeyNavigation(false);
+    auto *keys = new InfoKeys(this, InfoColumn);
+    connect(keys, &InfoKeys::pressed, this, &DhcpTable::showInfo);
+    populate(mode);
+}
+
+DhcpTable::~DhcpTable() = default;
+
+struct DhcpTable::RowLooks
+{
+    QIcon info;
+    QIcon pencil;
+    QFont bold;
+    QFont italic;
+};
+
+void DhcpTable::populate(ViewMode_t mode)
+{
+    setRowCount(options.count());
+    setColumnCount(KeyColumn + 1);
+    setColumnHidden(KeyColumn, true);
+
+    RowLooks looks;
+    looks.info = QIcon(QApplication::style()->standardPixmap(QStyle::SP_MessageBoxInformation));
+    looks.pencil = QIcon(QFile::decodeName(Paths::resolve(pencilIconPath).c_str()));
+    looks.bold.setBold(true);
+    looks.italic.setStyle(QFont::StyleItalic);
+
+    {
+        VorkanClient registry;
+        bool needsCommit = false;
+        const UpdatesOff updatesOff(this);
+        for (int row = 0; row < options.count(); ++row) {
+            DhcpOption *option = options.at(row);
+            if (isLeftOut(*option, mode))
+                setRowHidden(row, true);
+            if (addOption(row, option, looks, registry))
+                needsCommit = true;
+        }
+        if (needsCommit)
+            registry.commit(QString());
+    }
+
+    setHeaders();
+    setSortingEnabled(true);
+    verticalHeader()->hide();
+    sortByColumn(CodeColumn, Qt::AscendingOrder);
+    resizeColumnsToContents();
+
+    int width = columnCount() + ExtraWidth;
+    for (int column = RequestedColumn; column <= ValueColumn; ++column)
+        width += columnWidth(column);
+    setMinimumWidth(width);
+
+    // Last, so that building the rows is not taken for the user's editing.
+    connect(this, &QTableWidget::cellChanged, this, &DhcpTable::dataChange);
+    connect(this, &QTableWidget::cellClicked, this, &DhcpTable::showInfo);
+}
+
+/// True when a registry entry was made that waits for a commit.
+bool DhcpTable::addOption(int row, DhcpOption *option, const RowLooks &looks, VorkanClient &registry)
+{
+    const QString &name = option->linuxName;
+    if (optionsByLinuxName.contains(name) || checkBoxes.contains(name)) {
+        std::cerr << "Error: linux-name repeated: '" << name.toStdString() << "'" << std::endl;
+        return false;
+    }
+    optionsByLinuxName.insert(name, option);
+
+    const bool missing = registry.contains(option->requestKey) != 0;
+    auto *checkBox = new VCheckBox(gui, option->requestKey);
+    container->addWidget(checkBox);
+    checkBoxes.insert(name, checkBox);
+    QAbstractButton *button = checkBox->fieldWidget();
+    if (missing)
+        button->setChecked(option->requestedByDefault);
+    if (option->dhcpClass != Normal)
+        button->setChecked(option->dhcpClass != AlwaysOff);
+
+    const bool requested = button->isChecked();
+    if (missing) {
+        registry.create(option->requestKey, _RegEntryType{VorkanBoolType});
+        registry.set(option->requestKey, requested ? QStringLiteral("1") : QStringLiteral("0"), _RegEntryParam());
+    }
+    option->appliedRequested = requested;
+    addCells(row, *option, requested, looks);
+    return missing;
+}
+
+void DhcpTable::addCells(int row, const DhcpOption &option, bool requested, const RowLooks &looks)
+{
+    const Qt::ItemFlags rowFlags = requested ? Qt::ItemIsEnabled : Qt::NoItemFlags;
+    setItem(row, RequestedColumn, requestedCell(option, requested));
+
+    auto *codeCell = makeCell(QStringLiteral("%1").arg(option.code, CodeDigits, 10, QLatin1Char('0')), rowFlags,
+                              Qt::AlignRight);
+    if (!option.linuxPredefined) {
+        codeCell->setIcon(looks.pencil);
+        codeCell->setFont(looks.bold);
+        codeCell->setFlags(rowFlags | Qt::ItemIsSelectable | Qt::ItemIsEditable);
+    }
+    setItem(row, CodeColumn, codeCell);
+
+    auto *nameCell = makeCell(option.localizedText(QString(), option.names), rowFlags, Qt::AlignLeft);
+    if (!option.standardOption)
+        nameCell->setFont(looks.italic);
+    setItem(row, NameColumn, nameCell);
+
+    auto *infoCell = makeCell(QString(), Qt::ItemIsSelectable | Qt::ItemIsEnabled, Qt::AlignHCenter);
+    infoCell->setIcon(looks.info);
+    setItem(row, InfoColumn, infoCell);
+
+    setItem(row, ValueColumn, makeCell(option.currentValue, rowFlags, Qt::AlignLeft));
+    setItem(row, KeyColumn, new OptionCell(option.linuxName));
+}
+
+QTableWidgetItem *DhcpTable::requestedCell(const DhcpOption &option, bool requested)
+{
+    QString text;
+    QString toolTip;
+    switch (option.dhcpClass) {
+    case Normal:
+        break;
+    case AlwaysOn:
+        text = tr("Always", "String to designate option is always requested.  Must be short!");
+        toolTip = tr("This option is <i>always</i> requested from the DHCP server");
+        break;
+    case AlwaysOff:
+        text = tr("Never", "This option is never requested.  Must be short!");
+        toolTip = tr("This option is <i>never</i> requested from the DHCP server");
+        break;
+    case Managed:
+        text = QStringLiteral("*");
+        toolTip = tr("This option is managed by another control panel (e.g. Networking)");
+        break;
+    }
+    const bool isUsersChoice = option.dhcpClass == Normal;
+    auto *cell = makeCell(text, isUsersChoice ? Qt::ItemIsUserCheckable | Qt::ItemIsEnabled : Qt::NoItemFlags,
+                          Qt::AlignHCenter);
+    if (isUsersChoice)
+        cell->setCheckState(requested ? Qt::Checked : Qt::Unchecked);
+    else
+        cell->setToolTip(toolTip);
+    return cell;
+}
+
+void DhcpTable::setHeaders()
+{
+    setHorizontalHeaderLabels({
+        tr("Requested", "Whether the option is requested from the server.  Should be short."),
+        tr("DHCP\nCode", "DHCP Option Code Number. Should be short."),
+        tr("Name", "DHCP Option Name.  Should be short."),
+        tr("Info", "Short string for 'Information'.  Should be short."),
+        tr("Current\nValue", "Short column header to show current value of the option."),
+        QStringLiteral("Option\nName"),
+    });
+    horizontalHeaderItem(RequestedColumn)
+        ->setToolTip(tr("Checked if the DHCP option is to be requested from the DHCP server"));
+    horizontalHeaderItem(CodeColumn)->setToolTip(tr("DHCP code.  This is modifiable for non-predefined options"));
+    horizontalHeaderItem(InfoColumn)->setToolTip(tr("Click for detailed option information"));
+    horizontalHeaderItem(ValueColumn)->setToolTip(tr("Current value returned from the DHCP server"));
+}
+
+/// The row's option; null for a row without cells.
+DhcpOption *DhcpTable::optionAt(int row) const
+{
+    const QTableWidgetItem *key = item(row, KeyColumn);
+    return key ? optionsByLinuxName.value(key->text()) : nullptr;
+}
+
+void DhcpTable::changeViewMode(ViewMode_t mode)
+{
+    changeViewMode(static_cast<int>(mode));
+}
+
+void DhcpTable::changeViewMode(int mode)
+{
+    if (mode < ShowCustom || mode > ShowAll)
+        return;
+    {
+        const UpdatesOff updatesOff(this);
+        for (int row = 0; row < rowCount(); ++row) {
+            if (const DhcpOption *option = optionAt(row))
+                setRowHidden(row, isLeftOut(*option, static_cast<ViewMode_t>(mode)));
+        }
+    }
+    resizeColumnsToContents();
+}

@@ -1,0 +1,81 @@
+#ifndef DHCPTABLE_H
+#define DHCPTABLE_H
+
+#include <QHash>
+#include <QList>
+#include <QTableWidget>
+
+class DhcpOption;
+class VCheckBox;
+class VGui;
+class VWidgetContainer;
+class VorkanClient;
+
+/// Which options the table shows. The numbers are the view selector's item indexes.
+enum ViewMode_t {
+    ShowCustom = 0, ///< those that the client does not know by itself and that are not hidden
+    ShowCommon = 1, ///< those that are not hidden
+    ShowAll = 2
+};
+
+/// The option table: one row per option.
+///
+/// The user ticks the options to request and edits the codes of those that the client does not predefine. Each
+/// option's requested state is also held by a check box that is bound to the registry and never shown.
+///
+/// Sorting stays enabled, so a row moves when a cell of the sorted column is written. Rows are known by the text
+/// of their hidden last column, the option's client name, never by their number. An option whose client name
+/// another one has already is reported on standard error, and its row is left without cells.
+class DhcpTable : public QTableWidget
+{
+    Q_OBJECT
+
+public:
+    enum Column { RequestedColumn, CodeColumn, NameColumn, InfoColumn, ValueColumn, KeyColumn };
+
+    /// Makes the registry entries that are missing, from the options' defaults, and commits them. The options, the
+    /// page and the container are not owned and must outlive the table.
+    DhcpTable(const QList<DhcpOption *> &optionList, VGui *page, VWidgetContainer *fields, ViewMode_t mode,
+              QWidget *parent);
+    ~DhcpTable() override;
+
+    /// Shows the values that the client has received by now.
+    void refreshValues();
+
+    /// Brings every option whose requested state or code was changed since it was last applied to the client's
+    /// configuration, every Normal and AlwaysOn option when forced, and commits stored codes. The requested
+    /// states in the registry are the container's business.
+    void applyOptions(bool force);
+
+public slots:
+    /// A mode outside the enumeration changes nothing.
+    void changeViewMode(ViewMode_t mode);
+    void changeViewMode(int mode);
+
+private slots:
+    void dataChange(int row, int column);
+    void showInfo(int row, int column);
+
+private:
+    Q_DISABLE_COPY(DhcpTable)
+
+    struct RowLooks; ///< what the rows share: icons and fonts
+
+    void populate(ViewMode_t mode);
+    bool addOption(int row, DhcpOption *option, const RowLooks &looks, VorkanClient &registry);
+    void addCells(int row, const DhcpOption &option, bool requested, const RowLooks &looks);
+    static QTableWidgetItem *requestedCell(const DhcpOption &option, bool requested);
+    void setHeaders();
+    DhcpOption *optionAt(int row) const;
+    static QString details(const DhcpOption &option, quint32 shownCode);
+    void requestedChanged(int row);
+    void codeChanged(int row);
+
+    QList<DhcpOption *> options;
+    VGui *gui;
+    VWidgetContainer *container;
+    QHash<QString, VCheckBox *> checkBoxes;          ///< by client name; owned by the page
+    QHash<QString, DhcpOption *> optionsByLinuxName;
+};
+
+#endif

@@ -1,0 +1,65 @@
+// The details box of an option.
+
+#include "dhcptable.h"
+
+#include "dhcpoption.h"
+
+#include <QMessageBox>
+
+#include <algorithm>
+
+void DhcpTable::showInfo(int row, int column)
+{
+    if (column != InfoColumn)
+        return;
+    QTableWidgetItem *infoCell = item(row, InfoColumn);
+    const QTableWidgetItem *codeCell = item(row, CodeColumn);
+    if (!infoCell || !codeCell || !optionAt(row))
+        return; // a row without cells
+    infoCell->setSelected(false);
+
+    const quint32 shownCode = codeCell->text().toUInt(nullptr, 10);
+    const auto option = std::find_if(options.cbegin(), options.cend(), [shownCode](const DhcpOption *candidate) {
+        return candidate->code == shownCode;
+    });
+    if (option == options.cend())
+        return;
+    const DhcpOption &shown = **option;
+    const QString name = shown.localizedText(QString(), shown.names);
+
+    QMessageBox box;
+    box.setIcon(QMessageBox::Information);
+    box.setText(tr("<i>Details on DHCP Option %1 -- %2:</i>", "First arg is DHCP code; second is name")
+                    .arg(shownCode)
+                    .arg(name));
+    box.setInformativeText(details(shown, shownCode));
+    box.setStandardButtons(QMessageBox::Ok);
+    box.exec();
+}
+
+QString DhcpTable::details(const DhcpOption &option, quint32 shownCode)
+{
+    QString text;
+    if (option.linuxPredefined) {
+        text += tr("Fixed DHCP Code: <b>%1</b><br />", "Fixed == unchanging, constant").arg(shownCode);
+    } else {
+        text += tr("Standard DHCP Code: <b>%1</b><br />", "Standard == normal").arg(option.standardCode);
+        if (option.standardCode != option.appliedCode)
+            text += tr("Last Applied DHCP Code: <b>%1</b><br />").arg(option.appliedCode);
+    }
+    text += tr("Name: <b>%1</b><br />").arg(option.localizedText(QString(), option.names));
+    const auto addUnlessEmpty = [&text](const QString &line, const QString &value) {
+        if (!value.isEmpty())
+            text += line.arg(value);
+    };
+    addUnlessEmpty(tr("Windows DHCP Option Name: <b>%1</b><br />"), option.windowsName);
+    addUnlessEmpty(tr("Windows DHCP Option Type: <b>%1</b><br />"), option.windowsType);
+    addUnlessEmpty(tr("Linux DHCP Option Name: <b>%1</b><br />"), option.linuxName);
+    addUnlessEmpty(tr("Linux DHCP Option Type: <b>%1</b><br />"), option.linuxType);
+    addUnlessEmpty(tr("Description: <b>%1</b><br />"), option.localizedText(QString(), option.descriptions));
+    addUnlessEmpty(tr("Example: <b>%1</b><br />"), option.example);
+    text += tr("Standard DHCP Option?  ");
+    // The bold run is closed by a second "<b>": the texts are keys of translation catalogues, so they stay.
+    text += option.standardOption ? tr("<b>Yes<b><br />") : tr("<b>Ostrel Extension<b><br />");
+    return text;
+}

@@ -1,0 +1,88 @@
+// Editing, refresh of the current values, and apply.
+
+#include "dhcptable.h"
+
+#include "dhcpoption.h"
+#include "updatesoff.h"
+#include "vcheckbox.h"
+#include "vorkanclient.h"
+
+#include <QHeaderView>
+
+#include <array>
+
+void DhcpTable::dataChange(int row, int column)
+{
+    if (column == RequestedColumn)
+        requestedChanged(row);
+    else if (column == CodeColumn)
+        codeChanged(row);
+}
+
+void DhcpTable::requestedChanged(int row)
+{
+    // Each write below may move the row, so the cells are fetched before the first one.
+    std::array<QTableWidgetItem *, KeyColumn + 1> cells;
+    for (int column = RequestedColumn; column <= KeyColumn; ++column) {
+        cells[static_cast<std::size_t>(column)] = item(row, column);
+        if (!cells[static_cast<std::size_t>(column)])
+            return;
+    }
+    const bool requested = cells[RequestedColumn]->checkState() != Qt::Unchecked;
+    if (VCheckBox *checkBox = checkBoxes.value(cells[KeyColumn]->text()))
+        checkBox->fieldWidget()->setChecked(requested);
+    for (std::size_t column = CodeColumn; column <= KeyColumn; ++column)
+        cells[column]->setFlags(requested ? Qt::ItemIsEnabled : Qt::NoItemFlags);
+}
+
+void DhcpTable::codeChanged(int row)
+{
+    QTableWidgetItem *codeCell = item(row, CodeColumn);
+    DhcpOption *option = optionAt(row);
+    if (codeCell && option && !option->setCode(codeCell->text()))
+        codeCell->setText(QString::number(option->code));
+}
+
+void DhcpTable::refreshValues()
+{
+    const bool isSortColumn = horizontalHeader()->sortIndicatorSection() == ValueColumn;
+    const UpdatesOff updatesOff(this);
+    bool sortingSuspended = false;
+    for (int row = 0; row < rowCount(); ++row) {
+        DhcpOption *option = optionAt(row);
+        if (!option)
+            continue;
+        option->readCurrentValue();
+        if (item(row, ValueColumn)->text() == option->currentValue)
+            continue;
+        if (isSortColumn && !sortingSuspended) {
+            setSortingEnabled(false);
+            sortingSuspended = true;
+        }
+        // A cell that has been sorted is searched for in the whole table when it is written; one that is put in
+        // anew is not.
+        QTableWidgetItem *valueCell = takeItem(row, ValueColumn);
+        valueCell->setText(option->currentValue);
+        setItem(row, ValueColumn, valueCell);
+    }
+    if (sortingSuspended)
+        setSortingEnabled(true);
+}
+
+void DhcpTable::applyOptions(bool force)
+{
+    bool changed = false;
+    for (int row = 0; row < rowCount(); ++row) {
+        DhcpOption *option = optionAt(row);
+        if (!option || option->dhcpClass == Managed || option->dhcpClass == AlwaysOff)
+            continue;
+        const bool requested = option->dhcpClass == AlwaysOn
+            || item(row, RequestedColumn)->checkState() == Qt::Checked;
+        if (!force && requested == option->appliedRequested && option->code == option->appliedCode)
+            continue;
+        if (option->applyToClient(requested))
+            changed = true;
+    }
+    if (changed)
+        VorkanClient().commit(QString());
+}

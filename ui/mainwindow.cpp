@@ -1,0 +1,113 @@
+#include "mainwindow.h"
+
+#include "configurationpageheader.h"
+#include "dhcptable.h"
+#include "vapplyokcancelpanel.h"
+#include "vgui.h"
+#include "vorkan.h"
+#include "vwidgetcontainer.h"
+
+#include "paths.h"
+
+#include <QComboBox>
+#include <QCoreApplication>
+#include <QFile>
+#include <QFrame>
+#include <QPixmap>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QVBoxLayout>
+
+namespace {
+
+constexpr char IconPath[] = "/usr/share/pixmaps/kiro-dhcp.png";
+constexpr char PagePath[] = "/DHCP";
+constexpr int StretchBeforeButtons = 1000;
+constexpr int AllButtons = 7;
+
+QPixmap windowPixmap()
+{
+    return QPixmap(QFile::decodeName(Paths::resolve(IconPath).c_str()));
+}
+
+/// The DHCP client to start. Below a root prefix it is that root's, or none: an image build or a test must not
+/// start the machine's own client.
+QString clientProgram()
+{
+    const QString client = QStringLiteral("dhclient");
+    if (!Paths::hasRoot())
+        return client;
+    QStringList directories;
+    for (const char *directory : {"/usr/sbin", "/sbin", "/usr/bin", "/bin"})
+        directories << QFile::decodeName(Paths::resolve(directory).c_str());
+    return QStandardPaths::findExecutable(client, directories);
+}
+
+} // namespace
+
+MainWindow::MainWindow(const QList<DhcpOption *> &optionList, bool forceAll, QWidget *parent, Qt::WindowFlags flags)
+    : QMainWindow(parent, flags)
+    , options(optionList)
+    , forceApply(forceAll)
+    , title(tr("DHCP Option Manager"))
+{
+    setWindowTitle(title);
+    setWindowIcon(windowPixmap());
+
+    container = new VWidgetContainer(this);
+    gui = new VGui(QLatin1String(VorkanRootName) + QLatin1String(PagePath), this);
+    header = new ConfigurationPageHeader(title, true, nullptr);
+    header->setTitleIcon(windowPixmap());
+    panel = new VApplyOkCancelPanel(QFlags<VApplyOkCancelPanel::Button>(AllButtons), this);
+    table = new DhcpTable(options, gui, container, ShowCustom, this);
+
+    viewSelector = new QComboBox;
+    viewSelector->setAccessibleName(tr("Options to show"));
+    viewSelector->addItem(tr("Show Custom Options"));
+    viewSelector->addItem(tr("Show Common Options"));
+    viewSelector->addItem(tr("Show All Options"));
+    panel->prependStretch(StretchBeforeButtons);
+    panel->prependWidget(viewSelector);
+    connect(viewSelector, QOverload<int>::of(&QComboBox::currentIndexChanged),
+            table, QOverload<int>::of(&DhcpTable::changeViewMode));
+
+    tableLayout = new QVBoxLayout;
+    tableLayout->setContentsMargins(0, 0, 0, 0);
+    tableLayout->addWidget(table, 1);
+    tableLayout->addWidget(panel, 0);
+
+    pageLayout = new QVBoxLayout;
+    pageLayout->setContentsMargins(0, 0, 0, 0);
+    pageLayout->addWidget(header, 0);
+    pageLayout->addLayout(tableLayout, 0);
+
+    centralFrame = new QFrame;
+    centralFrame->setLayout(pageLayout);
+    setCentralWidget(centralFrame);
+
+    connect(panel->cancelButton(), &QPushButton::clicked, qApp, &QCoreApplication::quit);
+    connect(panel->applyButton(), &QPushButton::clicked, this, &MainWindow::apply);
+    connect(panel->okButton(), &QPushButton::clicked, this, &MainWindow::applyAndQuit);
+}
+
+MainWindow::~MainWindow() = default;
+
+void MainWindow::selectView(int mode)
+{
+    viewSelector->setCurrentIndex(mode);
+}
+
+void MainWindow::apply()
+{
+    container->validate();
+    table->applyOptions(forceApply);
+    const QString client = clientProgram();
+    if (!client.isEmpty())
+        QProcess::startDetached(client, {QStringLiteral("-1")});
+}
+
+void MainWindow::applyAndQuit()
+{
+    apply();
+    QCoreApplication::quit();
+}

@@ -1,0 +1,59 @@
+#ifndef MAINWINDOW_H
+#define MAINWINDOW_H
+
+#include <QList>
+#include <QMainWindow>
+
+class ConfigurationPageHeader;
+class DhcpOption;
+class DhcpTable;
+class QComboBox;
+class QFrame;
+class QVBoxLayout;
+class VApplyOkCancelPanel;
+class VGui;
+class VWidgetContainer;
+
+/// The program's window: the option table between a page header and a button row.
+class MainWindow : public QMainWindow
+{
+    Q_OBJECT
+
+public:
+    /// Builds the window hidden, the table in its custom view. The options are not owned and must outlive the
+    /// window. `forceAll` makes every apply bring all options to the client, changed or not.
+    MainWindow(const QList<DhcpOption *> &optionList, bool forceAll, QWidget *parent = nullptr,
+               Qt::WindowFlags flags = Qt::WindowFlags());
+    ~MainWindow() override;
+
+    DhcpTable *optionTable() const { return table; }
+
+    /// Selects a view as the user does with the view selector.
+    void selectView(int mode);
+
+public slots:
+    /// Stores the requested states in the registry, brings the options to the client's configuration and starts
+    /// the client, which reads it. Nothing waits for the client, and no failure is reported.
+    void apply();
+
+private slots:
+    void applyAndQuit();
+
+private:
+    Q_DISABLE_COPY(MainWindow)
+
+    QList<DhcpOption *> options;
+    bool forceApply;
+    QString title;
+    VGui *gui;
+    VWidgetContainer *container;
+    ConfigurationPageHeader *header;
+    VApplyOkCancelPanel *panel;
+    QFrame *centralFrame;
+    QVBoxLayout *tableLayout;
+    QVBoxLayout *pageLayout;
+    DhcpTable *table;
+    QComboBox *viewSelector;
+};
+
+#endif

@@ -1,0 +1,19 @@
+#ifndef OPTIONCELL_H
+#define OPTIONCELL_H
+
+#include <QTableWidgetItem>
+
+/// A cell of the option table. Tells a screen reader what it is: its column's header, and its text or, in a cell
+/// without text, the option's name. Both are looked up when asked for, so that a cell costs no memory for them.
+class OptionCell : public QTableWidgetItem
+{
+public:
+    explicit OptionCell(const QString &text);
+
+    QVariant data(int role) const override;
+
+private:
+    QString accessibleText() const;
+};
+
+#endif
