@@ -16,8 +16,10 @@ ConfigurationPageHeader::ConfigurationPageHeader(const QString &title, bool rule
     font.setPointSizeF(font.pointSizeF() * 1.3);
     titleLabel->setFont(font);
     m_icon->hide();
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
 
     auto *row = new QHBoxLayout;
+    row->setSpacing(style()->pixelMetric(QStyle::PM_LayoutLeftMargin));
     row->addWidget(m_icon);
     row->addWidget(titleLabel, 1);
     row->setContentsMargins(style()->pixelMetric(QStyle::PM_LayoutLeftMargin),

@@ -13,10 +13,27 @@ namespace {
 // Qt's message handler is one per process and a plain function, so what it collects has to be here.
 QStringList withheldMessages;
 
+QtMessageHandler defaultHandler = nullptr;
+
+/// Remarks of Qt on the surroundings, which are no fault: neither pkexec nor a boot unit provides the runtime
+/// directory, which nothing here uses, and some platforms have no size hints.
+bool isIdleRemark(const QString &message)
+{
+    return message.startsWith(QLatin1String("QStandardPaths: "))
+        || message.startsWith(QLatin1String("This plugin does not support "));
+}
+
+void filteringHandler(QtMsgType type, const QMessageLogContext &context, const QString &message)
+{
+    if (!isIdleRemark(message))
+        defaultHandler(type, context, message);
+}
+
 void guardingHandler(QtMsgType type, const QMessageLogContext & /*context*/, const QString &message)
 {
     if (type != QtFatalMsg) {
-        withheldMessages.append(message);
+        if (!isIdleRemark(message))
+            withheldMessages.append(message);
         return;
     }
     // The first complaint names the cause; the fatal one that follows only speaks of installing again.
@@ -60,8 +77,7 @@ DisplaySetup::DisplaySetup(int argc, char **argv, Options options)
     // Widgets paint without OpenGL; loading it would cost half of the start and 50 MiB.
     if (options.withoutOpenGl && !qEnvironmentVariableIsSet("QT_XCB_GL_INTEGRATION"))
         qputenv("QT_XCB_GL_INTEGRATION", "none");
-    if (m_guarding)
-        qInstallMessageHandler(guardingHandler);
+    defaultHandler = qInstallMessageHandler(m_guarding ? guardingHandler : filteringHandler);
 }
 
 void DisplaySetup::choosePlatform(const char *name)
@@ -74,9 +90,7 @@ void DisplaySetup::choosePlatform(const char *name)
 
 void DisplaySetup::opened()
 {
-    if (!m_guarding)
-        return;
-    qInstallMessageHandler(nullptr);
+    qInstallMessageHandler(filteringHandler);
     for (const QString &message : qAsConst(withheldMessages))
         qWarning("%s", qUtf8Printable(message));
     withheldMessages.clear();

@@ -26,7 +26,8 @@ public:
     int &argc() { return m_argc; }
     char **argv() { return m_argv.data(); }
 
-    /// Hands on what Qt had to say while the display was being opened.
+    /// Hands on what Qt had to say while the display was being opened. From then on only Qt's idle remarks on
+    /// its surroundings are kept off standard error.
     void opened();
 
 private:

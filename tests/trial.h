@@ -1,0 +1,59 @@
+#ifndef TRIAL_H
+#define TRIAL_H
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+#include <QTemporaryDir>
+
+#include <iostream>
+#include <sstream>
+
+/// A root directory of the test's own, below which the code under test finds every fixed path.
+class TrialRoot
+{
+public:
+    TrialRoot();
+
+    QString path(const QString &fixedPath) const;
+    void write(const QString &fixedPath, const QByteArray &content) const;
+    void remove(const QString &fixedPath) const;
+
+    /// Writes a definition file of the directory that the program scans; returns its path.
+    QString define(const QString &fileName, const QByteArray &elements) const;
+    /// A definition with code, client name and display name; `more` adds elements.
+    QString define(const QString &linuxName, int code, const QByteArray &more) const;
+    void setValue(const QString &fileName, const QByteArray &content) const;
+
+    /// Puts a program at the path that only records its arguments, after `before` ran as shell code.
+    void installRecorder(const QString &fixedPath, const QByteArray &before = QByteArray()) const;
+    /// What the recorders noted, one line per call: the program's name and its arguments, separated by "|".
+    QStringList recorded() const;
+    void forgetRecorded() const;
+
+    /// Runs SQL on the registry through the sqlite3 shell, as an administrator would; returns its output's lines.
+    QStringList sql(const QString &statement) const;
+
+private:
+    QTemporaryDir m_directory;
+};
+
+/// Elements that make a definition one of a custom option, or of one that the client knows.
+extern const QByteArray Custom;
+extern const QByteArray Predefined;
+
+/// What goes to standard error while it lives.
+class CapturedErrors
+{
+public:
+    CapturedErrors() : m_previous(std::cerr.rdbuf(m_text.rdbuf())) {}
+    ~CapturedErrors() { std::cerr.rdbuf(m_previous); }
+    QString text() const { return QString::fromStdString(m_text.str()); }
+
+private:
+    Q_DISABLE_COPY(CapturedErrors)
+    std::ostringstream m_text;
+    std::streambuf *m_previous;
+};
+
+#endif
