@@ -3,7 +3,7 @@
 #include "dhcpoption.h"
 #include "dhcptable.h"
 #include "mainwindow.h"
-#include "paths.h"
+#include "qtpaths.h"
 #include "sighup.h"
 
 #include <QDir>
@@ -73,7 +73,7 @@ DhcpApp::~DhcpApp()
 
 void DhcpApp::loadDefinitions()
 {
-    const QDir directory(QFile::decodeName(Paths::resolve(definitionDirectory).c_str()));
+    const QDir directory(Paths::resolved(definitionDirectory));
     if (!directory.exists()) {
         report("Cannot read config directory ", directory.path());
         std::exit(1);

@@ -9,11 +9,15 @@ int sighupSockets[2] = {0, 0};
 
 bool makeSighupSockets()
 {
-    if (::socketpair(AF_UNIX, SOCK_STREAM, 0, sighupSockets) != 0)
+    // Into an array of its own: the kernel leaves numbers behind even when it fails.
+    int sockets[2];
+    if (::socketpair(AF_UNIX, SOCK_STREAM, 0, sockets) != 0)
         return false;
-    // The programs started from here have no business with them.
-    for (const int descriptor : sighupSockets)
-        ::fcntl(descriptor, F_SETFD, FD_CLOEXEC);
+    for (int i = 0; i < 2; ++i) {
+        // The programs started from here have no business with them.
+        ::fcntl(sockets[i], F_SETFD, FD_CLOEXEC);
+        sighupSockets[i] = sockets[i];
+    }
     return true;
 }
 

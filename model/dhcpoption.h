@@ -43,6 +43,9 @@ public:
     /// the caller owes a commit. Options of the other classes than Normal and AlwaysOn are left alone.
     bool applyToClient(bool requested);
 
+    /// The branch of the configuration registry below which the options' entries are.
+    static QString registryBranch();
+
     /// Word parsers of the definition reader: false, and no change, when the text is none of their words.
     bool parseBool(const QString &text, bool &value);
     bool setDhcpClass(const QString &text);

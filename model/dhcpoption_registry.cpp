@@ -4,15 +4,14 @@
 
 #include "vorkanclient.h"
 
-namespace {
-
-const QLatin1String Branch("/DHCP");
-
-} // namespace
+QString DhcpOption::registryBranch()
+{
+    return QLatin1String(VorkanRootName) + QLatin1String("/DHCP");
+}
 
 void DhcpOption::buildKeys()
 {
-    const QString branch = QLatin1String(VorkanRootName) + Branch;
+    const QString branch = registryBranch();
     requestKey = QString(branch + QLatin1String("/Req_%1")).arg(linuxName);
     codeKey = QString(branch + QLatin1String("/Code_%1")).arg(linuxName);
 }

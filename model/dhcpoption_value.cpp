@@ -2,7 +2,7 @@
 
 #include "dhcpoption.h"
 
-#include "paths.h"
+#include "qtpaths.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -19,7 +19,7 @@ QString variableFile(const QString &linuxName)
     QString dashedName = linuxName;
     dashedName.replace(QLatin1Char('_'), QLatin1Char('-'));
     for (const char *fixedPath : {FirstVariableDirectory, SecondVariableDirectory}) {
-        const QString directory = QFile::decodeName(Paths::resolve(fixedPath).c_str()) + QLatin1Char('/');
+        const QString directory = Paths::resolved(fixedPath) + QLatin1Char('/');
         if (QFileInfo(directory + dashedName).isReadable())
             return directory + dashedName;
         if (dashedName != linuxName && QFileInfo(directory + linuxName).isReadable())

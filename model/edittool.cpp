@@ -1,8 +1,6 @@
 #include "edittool.h"
 
-#include "paths.h"
-
-#include <QFile>
+#include "qtpaths.h"
 
 namespace {
 
@@ -23,6 +21,9 @@ EditTool::~EditTool()
 
 void EditTool::run(const QStringList &arguments)
 {
-    start(QFile::decodeName(Paths::resolve(ToolPath).c_str()), arguments, QIODevice::ReadWrite);
+    // Nobody reads what the tool says, and one that is left to finish must not die of a closed pipe.
+    setStandardOutputFile(nullDevice());
+    setStandardErrorFile(nullDevice());
+    start(Paths::resolved(ToolPath), arguments, QIODevice::ReadWrite);
     waitForFinished(PatienceMsecs);
 }

@@ -127,6 +127,49 @@ private slots:
         }
     }
 
+    /// A default must not be written over a choice that could not be read, and no lock may spoil the store for
+    /// good.
+    void lockedWhileRead()
+    {
+        m_root->sql(QStringLiteral("CREATE TABLE entry(key TEXT PRIMARY KEY, type INTEGER NOT NULL, value TEXT NOT NULL);"
+                                   "INSERT INTO entry VALUES('root/A', 10, '0')"));
+        m_store->setBusyTimeout(std::chrono::milliseconds(50));
+        Sqlite::Database other(Paths::resolve(StorePath.toStdString()), std::chrono::milliseconds(0));
+        const CapturedErrors errors;
+        {
+            const Sqlite::Transaction writing(other, Sqlite::Transaction::Exclusive);
+            QVERIFY(!m_store->find(QStringLiteral("root/A")));
+            QVERIFY(!m_store->find(QStringLiteral("root/B")));
+        }
+        m_store->create(QStringLiteral("root/A"), VorkanBoolType);
+        QVERIFY(!m_store->set(QStringLiteral("root/A"), QStringLiteral("1")));
+        QVERIFY(m_store->commit(QString()));
+        QCOMPARE(errors.text(), QStringLiteral("Cannot read registry %1: database is locked\n").arg(m_root->path(StorePath)));
+        QCOMPARE(m_store->find(QStringLiteral("root/A"))->value, QStringLiteral("0"));
+        QVERIFY(m_store->set(QStringLiteral("root/A"), QStringLiteral("1")) && m_store->commit(QString()));
+        QCOMPARE(m_root->sql(QStringLiteral("SELECT value FROM entry")), QStringList(QStringLiteral("1")));
+    }
+
+    void replacedWhileOpen()
+    {
+        m_store->create(QStringLiteral("root/A"), VorkanBoolType);
+        QVERIFY(m_store->commit(QString()) && m_store->find(QStringLiteral("root/A")));
+        m_root->remove(StorePath);
+        QVERIFY(!m_store->find(QStringLiteral("root/A")));
+        m_store->create(QStringLiteral("root/B"), VorkanBoolType);
+        m_root->sql(QStringLiteral("CREATE TABLE entry(key TEXT PRIMARY KEY, type INTEGER NOT NULL, value TEXT NOT NULL);"
+                                   "INSERT INTO entry VALUES('root/C', 10, '0')"));
+        QVERIFY(m_store->find(QStringLiteral("root/C")) && m_store->commit(QString()));
+        QCOMPARE(m_root->sql(QStringLiteral("SELECT count(*) FROM entry")), QStringList(QStringLiteral("2")));
+    }
+
+    void typeNumbers()
+    {
+        const QStringList names = QString::fromUtf8(VorkanTypeNames).split(QLatin1Char(','));
+        QCOMPARE(names.at(VorkanNumberType), QStringLiteral("number"));
+        QCOMPARE(names.at(VorkanBoolType), QStringLiteral("bool"));
+    }
+
     void fullDisk()
     {
         // A limit on file sizes stands in for the disk.

@@ -11,10 +11,9 @@
 #include "vorkanclient.h"
 #include "vwidgetcontainer.h"
 
-#include "paths.h"
+#include "qtpaths.h"
 
 #include <QApplication>
-#include <QFile>
 #include <QHeaderView>
 #include <QStyle>
 
@@ -82,7 +81,7 @@ void DhcpTable::populate(ViewMode_t mode)
 
     RowLooks looks;
     looks.info = QIcon(QApplication::style()->standardPixmap(QStyle::SP_MessageBoxInformation));
-    looks.pencil = QIcon(QFile::decodeName(Paths::resolve(pencilIconPath).c_str()));
+    looks.pencil = QIcon(Paths::resolved(pencilIconPath));
     looks.bold.setBold(true);
     looks.italic.setStyle(QFont::StyleItalic);
 

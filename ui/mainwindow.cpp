@@ -1,17 +1,16 @@
 #include "mainwindow.h"
 
 #include "configurationpageheader.h"
+#include "dhcpoption.h"
 #include "dhcptable.h"
 #include "vapplyokcancelpanel.h"
 #include "vgui.h"
-#include "vorkan.h"
 #include "vwidgetcontainer.h"
 
-#include "paths.h"
+#include "qtpaths.h"
 
 #include <QComboBox>
 #include <QCoreApplication>
-#include <QFile>
 #include <QFrame>
 #include <QPixmap>
 #include <QProcess>
@@ -21,13 +20,12 @@
 namespace {
 
 constexpr char IconPath[] = "/usr/share/pixmaps/kiro-dhcp.png";
-constexpr char PagePath[] = "/DHCP";
 constexpr int StretchBeforeButtons = 1000;
 constexpr int AllButtons = 7;
 
 QPixmap windowPixmap()
 {
-    return QPixmap(QFile::decodeName(Paths::resolve(IconPath).c_str()));
+    return QPixmap(Paths::resolved(IconPath));
 }
 
 /// The DHCP client to start. Below a root prefix it is that root's, or none: an image build or a test must not
@@ -39,7 +37,7 @@ QString clientProgram()
         return client;
     QStringList directories;
     for (const char *directory : {"/usr/sbin", "/sbin", "/usr/bin", "/bin"})
-        directories << QFile::decodeName(Paths::resolve(directory).c_str());
+        directories << Paths::resolved(directory);
     return QStandardPaths::findExecutable(client, directories);
 }
 
@@ -55,7 +53,7 @@ MainWindow::MainWindow(const QList<DhcpOption *> &optionList, bool forceAll, QWi
     setWindowIcon(windowPixmap());
 
     container = new VWidgetContainer(this);
-    gui = new VGui(QLatin1String(VorkanRootName) + QLatin1String(PagePath), this);
+    gui = new VGui(DhcpOption::registryBranch(), this);
     header = new ConfigurationPageHeader(title, true, nullptr);
     header->setTitleIcon(windowPixmap());
     panel = new VApplyOkCancelPanel(QFlags<VApplyOkCancelPanel::Button>(AllButtons), this);

@@ -6,6 +6,12 @@
 #include <QStyle>
 #include <QVBoxLayout>
 
+namespace {
+
+constexpr qreal TitleScale = 1.3;
+
+} // namespace
+
 ConfigurationPageHeader::ConfigurationPageHeader(const QString &title, bool ruled, QWidget *parent)
     : QWidget(parent)
     , m_icon(new QLabel(this))
@@ -13,7 +19,10 @@ ConfigurationPageHeader::ConfigurationPageHeader(const QString &title, bool rule
     auto *titleLabel = new QLabel(title, this);
     QFont font = titleLabel->font();
     font.setBold(true);
-    font.setPointSizeF(font.pointSizeF() * 1.3);
+    if (font.pointSizeF() > 0)
+        font.setPointSizeF(font.pointSizeF() * TitleScale);
+    else // an application font that is set in pixels
+        font.setPixelSize(qRound(font.pixelSize() * TitleScale));
     titleLabel->setFont(font);
     m_icon->hide();
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);

@@ -1,19 +1,22 @@
 #include "displaysetup.h"
 
+#include "standarderror.h"
+
 #include <QString>
-#include <QStringList>
 
 #include <unistd.h>
 
 #include <cstring>
 #include <iostream>
+#include <memory>
 
 namespace {
 
-// Qt's message handler is one per process and a plain function, so what it collects has to be here.
-QStringList withheldMessages;
-
+// Qt's message handler is one per process and a plain function, so what it works with has to be here.
 QtMessageHandler defaultHandler = nullptr;
+std::unique_ptr<WithheldStandardError> withheld;
+QString firstComplaint;
+bool displayNamed = false;
 
 /// Remarks of Qt on the surroundings, which are no fault: neither pkexec nor a boot unit provides the runtime
 /// directory, which nothing here uses, and some platforms have no size hints.
@@ -29,27 +32,46 @@ void filteringHandler(QtMsgType type, const QMessageLogContext &context, const Q
         defaultHandler(type, context, message);
 }
 
-void guardingHandler(QtMsgType type, const QMessageLogContext & /*context*/, const QString &message)
+/// Why the display could not be opened. The window system's libraries write to standard error by themselves, and
+/// know more than the platform plugin, whose complaints know more than the fatal message at the end.
+QString reasonFor(const QString &fatalMessage)
+{
+    const QString said = withheld ? withheld->text() : QString();
+    if (!said.isEmpty())
+        return said;
+    if (!displayNamed)
+        return QStringLiteral("DISPLAY is not set");
+    return firstComplaint.isEmpty() ? fatalMessage : firstComplaint;
+}
+
+void guardingHandler(QtMsgType type, const QMessageLogContext &context, const QString &message)
 {
     if (type != QtFatalMsg) {
-        if (!isIdleRemark(message))
-            withheldMessages.append(message);
+        const bool isPlatformsComplaint = type != QtDebugMsg && context.category
+            && std::strncmp(context.category, "qt.qpa.", 7) == 0;
+        if (!isPlatformsComplaint)
+            filteringHandler(type, context, message);
+        else if (firstComplaint.isEmpty())
+            firstComplaint = message;
         return;
     }
-    // The first complaint names the cause; the fatal one that follows only speaks of installing again.
-    QString reason = withheldMessages.isEmpty() ? message : withheldMessages.constFirst();
-    if (qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")
-        && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        reason = QStringLiteral("DISPLAY is not set");
-    std::cerr << "Cannot open the display: " << reason.simplified().toStdString() << std::endl;
+    const QString reason = reasonFor(message).simplified();
+    withheld.reset();
+    std::cerr << "Cannot open the display: " << reason.toStdString() << std::endl;
     // Not exit(): the application object is half built.
     ::_exit(1);
 }
 
 /// Qt takes its own options with one dash or two.
-bool isPlatformOption(const char *argument)
+bool isOption(const char *argument, const char *name)
 {
-    return std::strcmp(argument, "-platform") == 0 || std::strcmp(argument, "--platform") == 0;
+    return std::strcmp(argument, name) == 0 || (argument[0] == '-' && std::strcmp(argument + 1, name) == 0);
+}
+
+/// Whether the option, which takes a value, chooses what to load for the display.
+bool choosesDisplay(const char *argument)
+{
+    return isOption(argument, "-platform") || isOption(argument, "-platformtheme") || isOption(argument, "-style");
 }
 
 } // namespace
@@ -57,41 +79,53 @@ bool isPlatformOption(const char *argument)
 DisplaySetup::DisplaySetup(int argc, char **argv, Options options)
     : m_guarding(options.guardDisplay)
 {
-    bool platformAsked = !qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM");
+    bool platformNamed = !qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM");
+    const bool displaySet = !qEnvironmentVariableIsEmpty("DISPLAY");
+    displayNamed = displaySet || platformNamed || !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
     for (int i = 0; i < argc; ++i) {
-        const bool platformOption = i > 0 && isPlatformOption(argv[i]);
-        platformAsked = platformAsked || platformOption;
-        if (platformOption && options.headless)
+        if (i > 0 && options.headless && choosesDisplay(argv[i])) {
             ++i;
-        else
-            m_argv.push_back(argv[i]);
+            continue;
+        }
+        platformNamed = platformNamed || (i > 0 && isOption(argv[i], "-platform"));
+        displayNamed = displayNamed || platformNamed || (i > 0 && isOption(argv[i], "-display"));
+        m_argv.push_back(argv[i]);
     }
-    // Given as an argument, not as a variable, so that the programs started from here do not inherit it.
-    if (options.headless)
-        choosePlatform("minimal");
-    else if (!platformAsked && !qEnvironmentVariableIsEmpty("DISPLAY"))
-        choosePlatform("xcb"); // Qt's own choice grumbles in a Wayland session
+    // Given as arguments, which win over the environment's wishes and are not inherited by the programs that are
+    // started from here. Some themes connect to a display whatever the platform is.
+    if (options.headless) {
+        addOption("-platform", "minimal");
+        addOption("-platformtheme", "");
+        addOption("-style", "fusion");
+    } else if (!platformNamed && displaySet) {
+        addOption("-platform", "xcb"); // Qt's own choice grumbles in a Wayland session
+    }
     m_argc = static_cast<int>(m_argv.size());
     m_argv.push_back(nullptr);
 
-    // Widgets paint without OpenGL; loading it would cost half of the start and 50 MiB.
-    if (options.withoutOpenGl && !qEnvironmentVariableIsSet("QT_XCB_GL_INTEGRATION"))
+    // Widgets paint without OpenGL; loading it would cost half of the start and 50 MiB. There is no argument for
+    // this one.
+    if (options.withoutOpenGl && !options.headless && !qEnvironmentVariableIsSet("QT_XCB_GL_INTEGRATION"))
         qputenv("QT_XCB_GL_INTEGRATION", "none");
+
     defaultHandler = qInstallMessageHandler(m_guarding ? guardingHandler : filteringHandler);
+    if (m_guarding && !options.headless)
+        withheld = std::make_unique<WithheldStandardError>();
 }
 
-void DisplaySetup::choosePlatform(const char *name)
+void DisplaySetup::addOption(const char *name, const char *value)
 {
-    static char option[] = "-platform";
     // Qt takes the arguments as char *, but only reads them.
     const auto position = m_argv.empty() ? m_argv.end() : m_argv.begin() + 1;
-    m_argv.insert(position, {option, const_cast<char *>(name)});
+    m_argv.insert(position, {const_cast<char *>(name), const_cast<char *>(value)});
 }
 
 void DisplaySetup::opened()
 {
+    if (!m_guarding)
+        return;
+    withheld.reset();
     qInstallMessageHandler(filteringHandler);
-    for (const QString &message : qAsConst(withheldMessages))
-        qWarning("%s", qUtf8Printable(message));
-    withheldMessages.clear();
+    if (!firstComplaint.isEmpty())
+        qWarning("%s", qUtf8Printable(firstComplaint));
 }

@@ -32,7 +32,7 @@ public:
 
 private:
     Q_DISABLE_COPY(DisplaySetup)
-    void choosePlatform(const char *name);
+    void addOption(const char *name, const char *value);
 
     std::vector<char *> m_argv;
     int m_argc = 0;

@@ -43,13 +43,18 @@ InstanceLock::State InstanceLock::fail(const std::string &what, int errorNumber)
 InstanceLock::State InstanceLock::acquire()
 {
     const std::string directory = lockDirectory();
-    if (Paths::hasRoot())
-        ::mkdir(directory.c_str(), 0755); // a bare trial root has none yet; open() reports a failure
+    if (Paths::hasRoot()) { // a bare trial root has none yet
+        const mode_t previous = ::umask(022);
+        ::mkdir(directory.c_str(), 0755);
+        ::umask(previous);
+    }
 
     // In a folder that others may write, the file could be somebody else's.
     struct stat status = {};
-    if (::stat(directory.c_str(), &status) != 0)
-        return fail(directory, errno);
+    if (::stat(directory.c_str(), &status) != 0) {
+        // Where there is no such folder, nobody holds a lock in it.
+        return errno == ENOENT ? State::Acquired : fail(directory, errno);
+    }
     if ((status.st_uid != ::geteuid() && status.st_uid != 0) || (status.st_mode & S_IWOTH))
         return fail(directory, EPERM);
 
@@ -58,14 +63,19 @@ InstanceLock::State InstanceLock::acquire()
     if (m_descriptor < 0)
         return fail(path, errno);
 
-    struct flock lock = {};
-    lock.l_type = F_WRLCK;
-    lock.l_whence = SEEK_SET;
-    if (::fcntl(m_descriptor, F_SETLK, &lock) == 0)
-        return State::Acquired;
-    if (errno != EACCES && errno != EAGAIN)
-        return fail(path, errno);
-    if (::fcntl(m_descriptor, F_GETLK, &lock) == 0 && lock.l_type != F_UNLCK)
-        m_holder = lock.l_pid;
-    return State::Held;
+    for (;;) {
+        struct flock lock = {};
+        lock.l_type = F_WRLCK;
+        lock.l_whence = SEEK_SET;
+        if (::fcntl(m_descriptor, F_SETLK, &lock) == 0)
+            return State::Acquired;
+        if (errno != EACCES && errno != EAGAIN)
+            return fail(path, errno);
+        if (::fcntl(m_descriptor, F_GETLK, &lock) != 0)
+            return fail(path, errno);
+        if (lock.l_type != F_UNLCK) { // else its holder has ended in between
+            m_holder = lock.l_pid;
+            return State::Held;
+        }
+    }
 }

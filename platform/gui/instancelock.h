@@ -15,7 +15,6 @@ class InstanceLock
 {
 public:
     enum class State {
-        Free,      ///< acquire() was not called
         Acquired,
         Held,      ///< by the process holder()
         Failed     ///< error() tells why
@@ -25,6 +24,7 @@ public:
     ~InstanceLock();
 
     State acquire();
+    /// 0 when it cannot be told, as from another process namespace.
     pid_t holder() const { return m_holder; }
     std::string error() const { return m_error; }
 

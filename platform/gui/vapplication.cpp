@@ -43,12 +43,14 @@ void VApplication::exitIfRunning()
         return;
     switch (m_lock.acquire()) {
     case InstanceLock::State::Held:
-        std::cerr << ProgramName << " is already running (process " << m_lock.holder() << ")" << std::endl;
+        std::cerr << ProgramName << " is already running";
+        if (m_lock.holder() > 0)
+            std::cerr << " (process " << m_lock.holder() << ")";
+        std::cerr << std::endl;
         std::exit(AlreadyRunningStatus);
     case InstanceLock::State::Failed:
         std::cerr << "Cannot tell whether " << ProgramName << " is already running: " << m_lock.error() << std::endl;
         break;
-    case InstanceLock::State::Free:
     case InstanceLock::State::Acquired:
         break;
     }

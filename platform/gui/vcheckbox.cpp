@@ -18,15 +18,14 @@ VCheckBox::VCheckBox(VGui *gui, const QString &key)
     m_button.setChecked(value == True);
 }
 
-bool VCheckBox::store(VorkanClient &client)
+void VCheckBox::store(VorkanClient &client)
 {
     const QString state = m_button.isChecked() ? True : False;
     QString stored;
     const bool missing = client.get(key(), stored, _RegEntryParam(), QString()) != 0;
     if (!missing && stored == state)
-        return false;
+        return;
     if (missing)
         client.create(key(), _RegEntryType{VorkanBoolType});
     client.set(key(), state, _RegEntryParam());
-    return true;
 }

@@ -17,7 +17,7 @@ public:
     /// which is never laid out never shows up in a window; it lives as long as the VCheckBox.
     QAbstractButton *fieldWidget() { return &m_button; }
 
-    bool store(VorkanClient &client) override;
+    void store(VorkanClient &client) override;
 
 private:
     Q_DISABLE_COPY(VCheckBox)

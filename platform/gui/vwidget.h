@@ -16,9 +16,9 @@ public:
 
     QString key() const { return m_key; }
 
-    /// Writes the field's state to its entry, making the entry when it is missing. Returns true when the state
-    /// differed, that is when the client has something to commit now.
-    virtual bool store(VorkanClient &client) = 0;
+    /// Brings the field's state to its entry when it differs, making the entry when it is missing. Pending until
+    /// the client commits.
+    virtual void store(VorkanClient &client) = 0;
 
 private:
     Q_DISABLE_COPY(VWidget)

@@ -16,10 +16,8 @@ void VWidgetContainer::addWidget(VWidget *widget)
 bool VWidgetContainer::validate()
 {
     VorkanClient client;
-    bool changed = false;
-    for (VWidget *widget : qAsConst(m_widgets)) {
-        if (widget->store(client))
-            changed = true;
-    }
-    return !changed || client.commit(QString()) == 0;
+    for (VWidget *widget : qAsConst(m_widgets))
+        widget->store(client);
+    // Writes only when something is pending: what was stored just now, or before a commit that failed.
+    return client.commit(QString()) == 0;
 }

@@ -14,7 +14,6 @@
 namespace {
 
 constexpr char StorePath[] = "/var/lib/vorkan/registry.db";
-constexpr std::chrono::milliseconds BusyTimeout{10000};
 
 [[noreturn]] void failWithErrno()
 {
@@ -51,19 +50,26 @@ void syncDirectory(const std::string &path)
         failWithErrno();
 }
 
-/// Makes the directory and its missing parents, mode 0755 whatever the umask.
+/// While it lives, what is made has exactly the mode that is asked for, short of writing by others.
+class PlainUmask
+{
+public:
+    PlainUmask() : m_previous(::umask(022)) {}
+    ~PlainUmask() { ::umask(m_previous); }
+
+private:
+    Q_DISABLE_COPY(PlainUmask)
+    mode_t m_previous;
+};
+
+/// Makes the directory and its missing parents.
 void makeDirectory(const std::string &path)
 {
     if (path.empty() || ::access(path.c_str(), F_OK) == 0)
         return;
     const std::string parent = parentOf(path);
     makeDirectory(parent);
-    if (::mkdir(path.c_str(), 0755) != 0) {
-        if (errno != EEXIST)
-            failWithErrno();
-        return;
-    }
-    if (::chmod(path.c_str(), 0755) != 0)
+    if (::mkdir(path.c_str(), 0755) != 0 && errno != EEXIST)
         failWithErrno();
     syncDirectory(parent);
 }
@@ -96,21 +102,21 @@ std::optional<RegistryStore::Entry> RegistryStore::find(const QString &key)
         m_select->reset();
         return entry;
     } catch (const Sqlite::Error &error) {
-        giveUp(error.what());
+        readFailed(key, error);
         return std::nullopt;
     }
 }
 
 void RegistryStore::create(const QString &key, quint32 type)
 {
-    if (!find(key))
+    if (!find(key) && !m_unread.contains(key))
         m_pending.insert(key, Change{Entry{type, QString()}, false});
 }
 
 bool RegistryStore::set(const QString &key, const QString &value)
 {
     std::optional<Entry> entry = find(key);
-    if (!entry)
+    if (!entry || m_unread.contains(key))
         return false;
     entry->value = value;
     m_pending.insert(key, Change{*entry, true});
@@ -119,6 +125,7 @@ bool RegistryStore::set(const QString &key, const QString &value)
 
 bool RegistryStore::commit(const QString &path)
 {
+    m_unread.clear();
     QMap<QString, Change> changes;
     for (auto change = m_pending.cbegin(); change != m_pending.cend(); ++change) {
         if (path.isEmpty() || change.key() == path || change.key().startsWith(path + QLatin1Char('/')))
@@ -131,25 +138,28 @@ bool RegistryStore::commit(const QString &path)
     try {
         write(changes);
     } catch (const Sqlite::Error &error) {
-        std::cerr << "Cannot write registry " << m_path << ": " << error.what() << std::endl;
+        report("Cannot write registry ", error.what());
         return false;
     }
     for (auto change = changes.cbegin(); change != changes.cend(); ++change)
         m_pending.remove(change.key());
+    m_lastReport.clear();
     return true;
 }
 
 /// False when there is nothing to read: no file, no table, or a store that was given up.
 bool RegistryStore::openForReading()
 {
-    if (m_select)
-        return true;
     if (m_unusable)
         return false;
+    if (m_database && !isSameFile())
+        close();
+    if (m_select)
+        return true;
     if (!m_database) {
         if (::access(m_path.c_str(), F_OK) != 0 && errno == ENOENT)
             return false;
-        m_database.emplace(m_path, BusyTimeout);
+        open();
     }
     if (!m_database->hasTable("entry"))
         return false;
@@ -157,24 +167,45 @@ bool RegistryStore::openForReading()
     return true;
 }
 
+void RegistryStore::open()
+{
+    m_database.emplace(m_path, m_busyTimeout);
+    struct stat status = {};
+    ::stat(m_path.c_str(), &status);
+    m_device = status.st_dev;
+    m_inode = status.st_ino;
+}
+
+void RegistryStore::close()
+{
+    m_select.reset();
+    m_database.reset();
+}
+
+/// False when the file was removed or replaced since it was opened, as by a restore from a backup.
+bool RegistryStore::isSameFile() const
+{
+    struct stat status = {};
+    return ::stat(m_path.c_str(), &status) == 0 && status.st_dev == m_device && status.st_ino == m_inode;
+}
+
 /// An empty file is an empty database to SQLite; made here, so that its mode does not depend on the umask.
 void RegistryStore::ensureFile() const
 {
+    const PlainUmask umask;
     makeDirectory(parentOf(m_path));
-    const int descriptor = ::open(m_path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0644);
-    if (descriptor < 0 && errno == EEXIST)
-        return;
-    const Descriptor file(descriptor);
-    if (::fchmod(file, 0644) != 0)
-        failWithErrno();
+    const Descriptor file(::open(m_path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644));
 }
 
 void RegistryStore::write(const QMap<QString, Change> &changes)
 {
+    if (m_database && !isSameFile())
+        close();
     if (!m_database) {
         ensureFile();
-        m_database.emplace(m_path, BusyTimeout);
+        open();
     }
+    m_database->setBusyTimeout(m_busyTimeout);
     m_database->execute("PRAGMA journal_mode = DELETE");
     // EXTRA also flushes the folder after the journal is gone, the moment at which the commit counts.
     m_database->execute("PRAGMA synchronous = EXTRA");
@@ -184,7 +215,8 @@ void RegistryStore::write(const QMap<QString, Change> &changes)
                         "key TEXT PRIMARY KEY, type INTEGER NOT NULL, value TEXT NOT NULL)");
     // Another process may have made the entry since it was looked up here: a value that was set wins over it, an
     // empty one that was only created does not.
-    Sqlite::Statement insert = m_database->prepare("INSERT OR IGNORE INTO entry(key, type, value) VALUES(?1, ?2, ?3)");
+    Sqlite::Statement insert = m_database->prepare(
+        "INSERT OR IGNORE INTO entry(key, type, value) VALUES(?1, ?2, ?3)");
     Sqlite::Statement update = m_database->prepare("UPDATE entry SET value = ?2 WHERE key = ?1");
     for (auto change = changes.cbegin(); change != changes.cend(); ++change) {
         insert.bind(1, change.key());
@@ -202,10 +234,30 @@ void RegistryStore::write(const QMap<QString, Change> &changes)
     transaction.commit();
 }
 
-void RegistryStore::giveUp(const char *reason)
+void RegistryStore::readFailed(const QString &key, const Sqlite::Error &error)
 {
-    std::cerr << "Cannot read registry " << m_path << ": " << reason << std::endl;
+    if (error.kind() == Sqlite::Error::Busy) {
+        // One long wait is enough: with the lock still held, every further key would cost another.
+        if (m_database)
+            m_database->setBusyTimeout(std::chrono::milliseconds(0));
+        if (m_select)
+            m_select->reset();
+        m_unread.insert(key);
+        report("Cannot read registry ", error.what());
+        return;
+    }
+    // Recovering after a killed writer is a write, and SQLite's own words for it would puzzle.
+    report("Cannot read registry ", error.kind() == Sqlite::Error::ReadOnly
+               ? "it needs recovery, which takes the right to write" : error.what());
     m_unusable = true;
-    m_select.reset();
-    m_database.reset();
+    close();
+}
+
+void RegistryStore::report(const char *what, const std::string &reason)
+{
+    std::string line = what + m_path + ": " + reason;
+    if (line == m_lastReport)
+        return;
+    std::cerr << line << std::endl;
+    m_lastReport = std::move(line);
 }

@@ -4,16 +4,21 @@
 #include "sqlite.h"
 
 #include <QMap>
+#include <QSet>
 #include <QString>
 
+#include <chrono>
 #include <optional>
 #include <string>
+#include <sys/types.h>
 
 /// The registry's file and what this process has changed but not yet committed.
 ///
 /// The file is an SQLite database with one table, entry(key, type, value), readable by everybody, so that an
 /// administrator can read and preset it with the sqlite3 shell. It keeps a rollback journal: with a write-ahead
 /// log readers would need to write beside the file.
+///
+/// What fails is told on standard error, one line for a reason, not one for each call.
 class RegistryStore
 {
 public:
@@ -27,6 +32,9 @@ public:
     static RegistryStore &instance();
 
     explicit RegistryStore(std::string path);
+
+    /// How long a read or a commit waits for another process that holds a lock.
+    void setBusyTimeout(std::chrono::milliseconds busyTimeout) { m_busyTimeout = busyTimeout; }
 
     /// The entry as this process sees it: a pending change first, then the file.
     std::optional<Entry> find(const QString &key);
@@ -45,18 +53,28 @@ private:
     };
 
     bool openForReading();
+    void open();
+    void close();
+    bool isSameFile() const;
     void ensureFile() const;
     void write(const QMap<QString, Change> &changes);
-    void giveUp(const char *reason);
+    void readFailed(const QString &key, const Sqlite::Error &error);
+    void report(const char *what, const std::string &reason);
 
     std::string m_path;
+    std::chrono::milliseconds m_busyTimeout{10000};
     // Members go in reverse order: the statement must be finalised before its connection closes.
     std::optional<Sqlite::Database> m_database;
     std::optional<Sqlite::Statement> m_select;
+    dev_t m_device = 0;
+    ino_t m_inode = 0;
     QMap<QString, Change> m_pending;
-    // Once part of the file could not be read, what it holds is unknown: writing defaults over it could lose
-    // somebody's choices.
+    // Keys that another process kept locked when they were read. What they hold is unknown, so until the batch
+    // is over nothing is written to them: a default could overwrite somebody's choice.
+    QSet<QString> m_unread;
+    // For the same reason nothing is written any more once the file has turned out to be unreadable.
     bool m_unusable = false;
+    std::string m_lastReport;
 };
 
 #endif

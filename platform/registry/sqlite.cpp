@@ -6,6 +6,12 @@
 
 namespace Sqlite {
 
+Error::Error(const std::string &reason, Kind kind)
+    : std::runtime_error(reason)
+    , m_kind(kind)
+{
+}
+
 void Database::Close::operator()(sqlite3 *handle) const
 {
     sqlite3_close(handle);
@@ -20,7 +26,12 @@ Database::Database(const std::string &path, std::chrono::milliseconds busyTimeou
     m_handle.reset(handle);
     if (result != SQLITE_OK)
         fail();
-    sqlite3_busy_timeout(handle, static_cast<int>(busyTimeout.count()));
+    setBusyTimeout(busyTimeout);
+}
+
+void Database::setBusyTimeout(std::chrono::milliseconds busyTimeout)
+{
+    sqlite3_busy_timeout(m_handle.get(), static_cast<int>(busyTimeout.count()));
 }
 
 void Database::fail() const
@@ -30,7 +41,10 @@ void Database::fail() const
     // "unable to open database file" alone does not tell why.
     if ((code == SQLITE_CANTOPEN || code == SQLITE_IOERR) && systemError != 0)
         throw Error(std::strerror(systemError));
-    throw Error(m_handle ? sqlite3_errmsg(m_handle.get()) : sqlite3_errstr(code));
+    const Error::Kind kind = code == SQLITE_BUSY || code == SQLITE_LOCKED ? Error::Busy
+        : code == SQLITE_READONLY                                         ? Error::ReadOnly
+                                                                          : Error::Other;
+    throw Error(m_handle ? sqlite3_errmsg(m_handle.get()) : sqlite3_errstr(code), kind);
 }
 
 Statement Database::prepare(const char *sql)
@@ -106,11 +120,11 @@ qint64 Statement::number(int column) const
     return sqlite3_column_int64(m_handle.get(), column);
 }
 
-Transaction::Transaction(Database &database)
+Transaction::Transaction(Database &database, Lock lock)
     : m_database(database)
 {
-    // Immediate: taking the write lock later, from a read lock, can fail at once instead of waiting.
-    m_database.execute("BEGIN IMMEDIATE");
+    // At once: taking the write lock later, from a read lock, can fail instead of waiting.
+    m_database.execute(lock == Exclusive ? "BEGIN EXCLUSIVE" : "BEGIN IMMEDIATE");
 }
 
 Transaction::~Transaction()

@@ -17,7 +17,17 @@ namespace Sqlite {
 class Error : public std::runtime_error
 {
 public:
-    using std::runtime_error::runtime_error;
+    enum Kind {
+        Busy,     ///< another process held a lock all the while
+        ReadOnly, ///< what was asked for takes the right to write
+        Other
+    };
+
+    explicit Error(const std::string &reason, Kind kind = Other);
+    Kind kind() const { return m_kind; }
+
+private:
+    Kind m_kind;
 };
 
 class Statement;
@@ -28,6 +38,7 @@ class Database
 public:
     /// Waits up to `busyTimeout` wherever another process holds a lock.
     Database(const std::string &path, std::chrono::milliseconds busyTimeout);
+    void setBusyTimeout(std::chrono::milliseconds busyTimeout);
     Statement prepare(const char *sql);
     void execute(const char *sql);
     bool hasTable(const char *name);
@@ -66,7 +77,10 @@ private:
 class Transaction
 {
 public:
-    explicit Transaction(Database &database);
+    /// Immediate keeps other writers out, Exclusive readers too.
+    enum Lock { Immediate, Exclusive };
+
+    explicit Transaction(Database &database, Lock lock = Immediate);
     ~Transaction();
     void commit();
 
