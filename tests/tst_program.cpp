@@ -191,14 +191,15 @@ private slots:
         const QByteArray pipe = QFile::encodeName(m_root->path(u("/var/lib/dhcp3/vars/eth0/shown")));
         m_root->setValue(u("x"), "");
         QCOMPARE(::mkfifo(pipe.constData(), 0644), 0);
-        const auto valueIsRead = [&](int patience) {
-            int descriptor = -1;
-            if (!QTest::qWaitFor([&] { return (descriptor = ::open(pipe.constData(), O_WRONLY | O_NONBLOCK)) >= 0; }, patience))
-                return false;
-            const bool written = ::write(descriptor, "x=1\n", 4) == 4;
+        const auto writeToReader = [&](const QByteArray &text) {
+            const int descriptor = ::open(pipe.constData(), O_WRONLY | O_NONBLOCK);
+            const bool written = descriptor >= 0 && ::write(descriptor, text.constData(), static_cast<size_t>(text.size())) == text.size();
             ::close(descriptor);
-            QTest::qWait(50); // until the reader has seen the end
             return written;
+        };
+        const auto valueIsRead = [&](int patience) {
+            return QTest::qWaitFor([&] { return writeToReader("x=1\n"); }, patience)
+                && QTest::qWaitFor([&] { return !writeToReader(QByteArray()); }); // until that reader has left
         };
         Run run(*this);
         run.start({});
