@@ -30,7 +30,6 @@ private slots:
         }
         QVERIFY2(window.findChildren<QAbstractButton *>().isEmpty(), "the boxes must not appear in the window");
 
-        // A second connection's lock would make a needless commit fail.
         QVERIFY(container.validate()); // stores "x" as "0" and makes "missing"
         QCOMPARE(m_root.sql(QStringLiteral("SELECT * FROM entry ORDER BY key")),
                  QStringList({QStringLiteral("p/missing|10|0"), QStringLiteral("p/odd|10|0"),

@@ -1,11 +1,13 @@
 // The option table and the window around it, driven through Qt's events.
 
+#include "configurationpageheader.h"
 #include "dhcpoption.h"
 #include "dhcptable.h"
 #include "mainwindow.h"
 #include "trial.h"
 
 #include <QAbstractButton>
+#include <QAccessible>
 #include <QApplication>
 #include <QComboBox>
 #include <QHeaderView>
@@ -14,6 +16,7 @@
 #include <QPushButton>
 #include <QTest>
 #include <QTimer>
+#include <QtEndian>
 
 #include <memory>
 
@@ -225,18 +228,77 @@ private slots:
         QVERIFY(trial.table->isColumnHidden(5));
     }
 
-    void storedStateWins()
+    /// The entry of a Normal option wins over its default; the other classes win over theirs, at the next apply.
+    void storedState_data()
     {
-        Trial(m_root, {{u("stored-yes"), 200, Custom}, {u("stored-off"), 201, Custom + classOf("always-off")}});
-        m_root.sql(u("UPDATE entry SET value = '0' WHERE key = 'root/DHCP/Req_stored-yes'"));
-        m_root.sql(u("UPDATE entry SET value = '1' WHERE key = 'root/DHCP/Req_stored-off'"));
-        const Trial trial(m_root, {{u("stored-yes"), 200, Custom}, {u("stored-off"), 201, Custom + classOf("always-off")}});
-        QCOMPARE(trial.cell(u("stored-yes"), 0)->checkState(), Qt::Unchecked);
-        const QString query = u("SELECT value FROM entry WHERE key = 'root/DHCP/Req_stored-off'");
-        QCOMPARE(m_root.sql(query), QStringList(u("1")));
+        QTest::addColumn<QByteArray>("more");
+        QTest::addColumn<QString>("stored");
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<bool>("requested");
+        QTest::newRow("normal off") << Custom << u("0") << u("") << false;
+        QTest::newRow("normal on") << Custom + "<default>no</default>" << u("1") << u("") << true;
+        QTest::newRow("always on") << Custom + classOf("always-on") << u("0") << u("Always") << true;
+        QTest::newRow("always off") << Custom + classOf("always-off") << u("1") << u("Never") << false;
+        QTest::newRow("managed") << Custom + classOf("managed") << u("0") << u("*") << true;
+    }
+
+    void storedState()
+    {
+        QFETCH(QByteArray, more);
+        QFETCH(QString, stored);
+        QFETCH(bool, requested);
+        const QString name = u("stored-%1").arg(QString::fromUtf8(QTest::currentDataTag()).replace(QLatin1Char(' '),
+                                                                                                   QLatin1Char('-')));
+        const QList<Trial::Definition> definitions = {{name, 200, more}, {name + u("-2"), 201, more}};
+        { // the first run makes both entries, by one commit
+            const quint32 before = changeCounter();
+            const Trial first(m_root, definitions);
+            QCOMPARE(changeCounter(), before + 1);
+        }
+        m_root.sql(u("UPDATE entry SET value = '%1' WHERE key = 'root/DHCP/Req_%2'").arg(stored, name));
+        const quint32 before = changeCounter();
+        const Trial trial(m_root, definitions);
+        QCOMPARE(changeCounter(), before);
+        QTEST(trial.cell(name, 0)->text(), "text");
+        QCOMPARE(trial.cell(name, 4)->flags().testFlag(Qt::ItemIsEnabled), requested);
+        QCOMPARE(trial.options.at(0)->appliedRequested, requested);
         trial.window->apply();
-        QCOMPARE(m_root.sql(query), QStringList(u("0")));
+        QCOMPARE(m_root.sql(u("SELECT value FROM entry WHERE key = 'root/DHCP/Req_%1'").arg(name)),
+                 QStringList(requested ? u("1") : u("0")));
         QTRY_COMPARE(m_root.recorded(), QStringList(u("dhclient|-1")));
+    }
+
+    void texts()
+    {
+        const Trial trial(m_root, {});
+        struct Header { const char *text; const char *tip; };
+        const Header headers[] = {{"Requested", "Checked if the DHCP option is to be requested from the DHCP server"},
+                                  {"DHCP\nCode", "DHCP code.  This is modifiable for non-predefined options"},
+                                  {"Name", ""},
+                                  {"Info", "Click for detailed option information"},
+                                  {"Current\nValue", "Current value returned from the DHCP server"},
+                                  {"Option\nName", ""}};
+        for (int column = 0; column < 6; ++column) {
+            QCOMPARE(trial.table->horizontalHeaderItem(column)->text(), u(headers[column].text));
+            QCOMPARE(trial.table->horizontalHeaderItem(column)->toolTip(), u(headers[column].tip));
+        }
+        QVERIFY(!trial.table->verticalHeader()->isVisibleTo(trial.table));
+        QCOMPARE(trial.window->windowTitle(), u("DHCP Option Manager"));
+        QStringList views;
+        for (int i = 0; i < trial.selector->count(); ++i)
+            views << trial.selector->itemText(i);
+        QCOMPARE(views, QStringList({u("Show Custom Options"), u("Show Common Options"), u("Show All Options")}));
+        // From top to bottom the header, the table and the row; in the row the selector left of the buttons.
+        trial.window->resize(700, 500);
+        trial.window->grab();
+        const auto position = [&](const QWidget *widget) { return widget->mapTo(trial.window.get(), QPoint(0, 0)); };
+        QVERIFY(position(trial.window->findChild<ConfigurationPageHeader *>()).y() < position(trial.table).y());
+        QVERIFY(position(trial.table).y() < position(trial.selector).y());
+        const QList<QWidget *> row = {trial.selector, trial.button(u("Apply")), trial.button(u("OK")),
+                                      trial.button(u("Cancel"))};
+        for (int i = 1; i < row.count(); ++i)
+            QVERIFY(position(row.at(i - 1)).x() + row.at(i - 1)->width() <= position(row.at(i)).x());
+        QVERIFY(position(row.at(1)).x() - row.at(0)->width() > 200); // the stretch
     }
 
     void views()
@@ -300,6 +362,14 @@ private slots:
         same.sort();
         QCOMPARE(sorted, same);
 
+        // The order follows the new values.
+        QVERIFY(trial.table->isSortingEnabled());
+        for (int row = 1; row < 12; ++row) {
+            const QTableWidgetItem *upper = trial.table->item(row - 1, column);
+            const QTableWidgetItem *lower = trial.table->item(row, column);
+            QVERIFY(order == Qt::AscendingOrder ? !(*lower < *upper) : !(*upper < *lower));
+        }
+
         // Edit, then untick; one edit is refused.
         const QString edited = definitions.at(0).name;
         const QString unticked = definitions.at(5).name;
@@ -342,6 +412,8 @@ private slots:
         QVERIFY(trial.typeCode(u("edit"), u("012")));
         QCOMPARE(trial.cell(u("edit"), 1)->text(), u("012"));
         QCOMPARE(trial.options.at(0)->code, 12u);
+        QVERIFY(trial.typeCode(u("edit"), u("999")));
+        QCOMPARE(trial.cell(u("edit"), 1)->text(), u("12"));
         QVERIFY(!trial.typeCode(u("edit-known"), u("9")));
 
         trial.tick(u("edit"));
@@ -387,15 +459,20 @@ private slots:
                 QTest::keyClick(trial.table, Qt::Key_Return);
             }), QString());
         }
+        trial.table->sortByColumn(DhcpTable::KeyColumn, Qt::AscendingOrder);
         trial.window->apply();
         QTRY_COMPARE(m_root.recorded().count(), 3);
-        QVERIFY(m_root.recorded().filter(u("twice 10")).isEmpty());
+        QCOMPARE(m_root.recorded(), QStringList({ToolName + u("--add-new-option|once 30 text|--add-request|once"),
+                                                 ToolName + u("--add-new-option|twice 20 text|--add-request|twice"),
+                                                 u("dhclient|-1")}));
     }
 
     void details_data()
     {
         QTest::addColumn<QByteArray>("more");
         QTest::addColumn<QString>("expected");
+        QTest::addColumn<quint32>("applied");
+        QTest::addColumn<quint32>("shown");
         QTest::newRow("all") << Custom + "<windows-name>W</windows-name><windows-type>Byte</windows-type>"
                                          "<description>D</description><example>E</example>"
                                          "<standard-option>yes</standard-option>"
@@ -403,12 +480,17 @@ private slots:
                                   "Name: <b>Name of %1</b><br />Windows DHCP Option Name: <b>W</b><br />"
                                   "Windows DHCP Option Type: <b>Byte</b><br />Linux DHCP Option Name: <b>%1</b><br />"
                                   "Linux DHCP Option Type: <b>text</b><br />Description: <b>D</b><br />"
-                                  "Example: <b>E</b><br />Standard DHCP Option?  <b>Yes<b><br />");
+                                  "Example: <b>E</b><br />Standard DHCP Option?  <b>Yes<b><br />") << 224u << 210u;
+        QTest::newRow("custom") << Custom
+                                << u("Standard DHCP Code: <b>250</b><br />Name: <b>Name of %1</b><br />"
+                                     "Windows DHCP Option Type: <b>Unknown</b><br />"
+                                     "Linux DHCP Option Name: <b>%1</b><br />Linux DHCP Option Type: <b>text</b><br />"
+                                     "Standard DHCP Option?  <b>Ostrel Extension<b><br />") << 250u << 210u;
         QTest::newRow("predefined") << Predefined
                                     << u("Fixed DHCP Code: <b>250</b><br />Name: <b>Name of %1</b><br />"
                                          "Windows DHCP Option Type: <b>Unknown</b><br />"
                                          "Linux DHCP Option Name: <b>%1</b><br />"
-                                         "Standard DHCP Option?  <b>Ostrel Extension<b><br />");
+                                         "Standard DHCP Option?  <b>Ostrel Extension<b><br />") << 224u << 250u;
     }
 
     void details()
@@ -417,21 +499,31 @@ private slots:
         QFETCH(QString, expected);
         const QString name = u("info-%1").arg(QString::fromUtf8(QTest::currentDataTag()));
         Trial trial(m_root, {{name, 250, more}});
-        if (!trial.options.at(0)->linuxPredefined)
-            trial.options.at(0)->appliedCode = 224;
+        QFETCH(quint32, applied);
+        QFETCH(quint32, shown);
+        trial.options.at(0)->appliedCode = applied;
         trial.table->changeViewMode(ShowAll);
         trial.show();
-        const QString whole = u("<i>Details on DHCP Option 250 -- Name of %1:</i>\n").arg(name) + expected.arg(name);
+        if (shown != 250)
+            QVERIFY(trial.typeCode(name, QString::number(shown)));
+        const QString whole = u("<i>Details on DHCP Option %1 -- Name of %2:</i>\n").arg(shown).arg(name)
+            + expected.arg(name);
         int boxes = 0;
         for (int column = 1; column < 5; ++column) {
-            const QString shown = detailsShownBy([&] { trial.click(0, column); }, &boxes);
-            QCOMPARE(shown, column == DhcpTable::InfoColumn ? whole : QString());
+            const QString text = detailsShownBy([&] { trial.click(0, column); }, &boxes);
+            QCOMPARE(text, column == DhcpTable::InfoColumn ? whole : QString());
+            QCOMPARE(boxes, column == DhcpTable::InfoColumn ? 1 : 0);
         }
-        for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Space}) {
-            trial.table->setCurrentCell(0, DhcpTable::InfoColumn);
-            QCOMPARE(detailsShownBy([&] { QTest::keyClick(trial.table, key); }, &boxes), whole);
-            QCOMPARE(boxes, 1);
-            QVERIFY(!trial.table->item(0, DhcpTable::InfoColumn)->isSelected());
+        struct Key { Qt::Key key; Qt::KeyboardModifiers modifiers; int column; bool opens; };
+        const Key keys[] = {{Qt::Key_Return, Qt::NoModifier, 3, true}, {Qt::Key_Enter, Qt::KeypadModifier, 3, true},
+                            {Qt::Key_Space, Qt::NoModifier, 3, true}, {Qt::Key_F1, Qt::NoModifier, 0, true},
+                            {Qt::Key_Return, Qt::ControlModifier, 3, false}, {Qt::Key_Return, Qt::NoModifier, 2, false}};
+        for (const Key &key : keys) {
+            trial.table->setCurrentCell(0, key.column);
+            QCOMPARE(detailsShownBy([&] { QTest::keyClick(trial.table, key.key, key.modifiers); }, &boxes),
+                     key.opens ? whole : QString());
+            QCOMPARE(boxes, key.opens ? 1 : 0);
+            QVERIFY(!key.opens || !trial.table->item(0, DhcpTable::InfoColumn)->isSelected());
         }
     }
 
@@ -452,38 +544,107 @@ private slots:
         QTimer::singleShot(0, [&] { QTest::mouseClick(trial.button(u("Cancel")), Qt::LeftButton); });
         QCOMPARE(QApplication::exec(), 0);
         QCOMPARE(m_root.recorded(), QStringList());
+        // By the time the tool runs, the requested state is in the registry.
+        m_root.installRecorder(u("/usr/sbin/kiro-dhclient-edit"),
+                               "[ \"$(sqlite3 \"$KIRO_DHCP_MGR_ROOT/var/lib/vorkan/registry.db\""
+                               " \"SELECT value FROM entry WHERE key = 'root/DHCP/Req_button'\")\" = 0 ] || exit");
         QTest::mouseClick(trial.button(u("Apply")), Qt::LeftButton);
         QTRY_COMPARE(m_root.recorded(), QStringList({ToolName + u("--del-new-option|button 200 text|--del-request|button"),
                                                      u("dhclient|-1")}));
+        m_root.installRecorder(u("/usr/sbin/kiro-dhclient-edit"));
+        m_root.forgetRecorded();
+        trial.tick(u("button"));
         QTimer::singleShot(0, [&] { QTest::mouseClick(trial.button(u("OK")), Qt::LeftButton); });
         QCOMPARE(QApplication::exec(), 0);
-        QTRY_COMPARE(m_root.recorded().count(), 3);
+        QTRY_COMPARE(m_root.recorded(), QStringList({ToolName + u("--add-new-option|button 200 text|--add-request|button"),
+                                                     u("dhclient|-1")}));
+        m_root.forgetRecorded();
+        trial.tick(u("button"));
+        QTimer::singleShot(0, [&] { trial.window->close(); });
+        QCOMPARE(QApplication::exec(), 0);
+        QCOMPARE(m_root.recorded(), QStringList());
     }
 
-    /// Tab must reach every control, the table included, and leave it again.
-    void keyboardReachesAll()
+    /// A button's letter works while a code is being typed, and takes the code along.
+    void applyWhileEditing()
+    {
+        Trial trial(m_root, {{u("typing"), 200, Custom}});
+        trial.show();
+        QApplication::setActiveWindow(trial.window.get());
+        trial.table->setFocus();
+        trial.table->setCurrentCell(0, DhcpTable::CodeColumn);
+        QTest::keyClick(trial.table, Qt::Key_F2);
+        auto *editor = trial.table->viewport()->findChild<QLineEdit *>();
+        QVERIFY(editor);
+        QTest::keyClicks(editor, u("240"));
+        QTest::keyClick(editor, Qt::Key_A, Qt::AltModifier);
+        QTRY_COMPARE(m_root.recorded().count(), 2);
+        QVERIFY(m_root.recorded().at(0).contains(u("--add-new-option|typing 240 text")));
+    }
+
+    /// Tab must reach every control in the order of the layout, and leave the table again.
+    void tabOrder()
     {
         Trial trial(m_root, {{u("key"), 200, Custom}});
         trial.show();
         QApplication::setActiveWindow(trial.window.get());
-        QList<QWidget *> wanted = {trial.table, trial.selector, trial.button(u("Apply")), trial.button(u("OK")),
-                                   trial.button(u("Cancel"))};
-        for (int i = 0; i < 10 && !wanted.isEmpty(); ++i) {
-            wanted.removeAll(QApplication::focusWidget());
-            QTest::keyClick(QApplication::focusWidget() ? QApplication::focusWidget() : trial.window.get(), Qt::Key_Tab);
+        trial.table->setFocus();
+        const QList<QWidget *> order = {trial.table, trial.selector, trial.button(u("Apply")), trial.button(u("OK")),
+                                        trial.button(u("Cancel"))};
+        for (QWidget *widget : order) {
+            QCOMPARE(QApplication::focusWidget(), widget);
+            QTest::keyClick(widget, Qt::Key_Tab);
         }
-        QVERIFY2(wanted.isEmpty(), "a control that Tab does not reach");
     }
 
-    void accessibleNames()
+    /// The keyboard always has a cell to start from, and never one that is not shown.
+    void keyboardCell()
     {
-        Trial trial(m_root, {{u("spoken"), 200, Custom}});
-        QVERIFY(!trial.table->accessibleName().isEmpty());
-        QVERIFY(!trial.selector->accessibleName().isEmpty());
-        const QStringList names = {u("Requested: Name of spoken"), u("DHCP Code: 200"), u("Name: Name of spoken"),
-                                   u("Info: Name of spoken"), u("Current Value: N/A")};
-        for (int column = 0; column < names.count(); ++column)
-            QCOMPARE(trial.table->model()->index(0, column).data(Qt::AccessibleTextRole).toString(), names.at(column));
+        Trial trial(m_root, {{u("key-fixed"), 1, Predefined + classOf("always-on")},
+                             {u("key-known"), 2, Predefined}, {u("key-custom"), 200, Custom}});
+        trial.selector->setCurrentIndex(ShowAll);
+        trial.show();
+        QApplication::setActiveWindow(trial.window.get());
+        trial.table->setFocus();
+        QCOMPARE(trial.table->currentRow(), 0); // although its first cell is disabled
+        QVERIFY(trial.table->currentItem()->flags().testFlag(Qt::ItemIsEnabled));
+        trial.table->setCurrentCell(1, DhcpTable::RequestedColumn);
+        trial.selector->setCurrentIndex(ShowCustom);
+        QCOMPARE(trial.table->currentRow(), 2);
+        QTest::keyClick(trial.table, Qt::Key_Space);
+        QCOMPARE(trial.cell(u("key-known"), 0)->checkState(), Qt::Checked);
+        QCOMPARE(trial.cell(u("key-custom"), 0)->checkState(), Qt::Unchecked);
+
+        trial.table->setCurrentCell(2, DhcpTable::RequestedColumn);
+        QTest::keyClick(trial.table, Qt::Key_S, Qt::ControlModifier);
+        QCOMPARE(trial.table->horizontalHeader()->sortIndicatorSection(), 0);
+        QCOMPARE(trial.table->horizontalHeader()->sortIndicatorOrder(), Qt::AscendingOrder);
+        QTest::keyClick(trial.table, Qt::Key_S, Qt::ControlModifier);
+        QCOMPARE(trial.table->horizontalHeader()->sortIndicatorOrder(), Qt::DescendingOrder);
+    }
+
+    /// As a screen reader asks for them.
+    void accessibility()
+    {
+        Trial trial(m_root, {{u("spoken"), 200, Custom}, {u("fixed"), 201, Custom + classOf("always-on")},
+                             {u("spoken"), 202, Custom}});
+        QAccessibleInterface *selector = QAccessible::queryAccessibleInterface(trial.selector);
+        const auto labels = selector->relations(QAccessible::Label);
+        QCOMPARE(labels.count(), 1);
+        QCOMPARE(labels.at(0).first->text(QAccessible::Name), u("Options to show"));
+        QAccessibleInterface *table = QAccessible::queryAccessibleInterface(trial.table);
+        QCOMPARE(table->text(QAccessible::Name), u("DHCP options"));
+        QCOMPARE(table->role(), QAccessible::Table);
+        const char *names[][5] = {{"Requested: Name of spoken", "DHCP Code: 200", "Name: Name of spoken",
+                                   "Info: Name of spoken", "Current Value: N/A"},
+                                  {"Requested: Always", "DHCP Code: 201", "Name: Name of fixed", "Info: Name of fixed",
+                                   "Current Value: N/A"}, {"", "", "", "", ""}};
+        for (int row = 0; row < 3; ++row) {
+            for (int column = 0; column < 5; ++column)
+                QCOMPARE(table->tableInterface()->cellAt(row, column)->text(QAccessible::Name), u(names[row][column]));
+            const QAccessible::State state = table->tableInterface()->cellAt(row, 0)->state();
+            QCOMPARE(bool(state.checkable) && !state.disabled && bool(state.checked), row == 0);
+        }
     }
 
     void emptyList()
@@ -499,6 +660,15 @@ private slots:
 
 private:
     static QString u(const char *text) { return QString::fromUtf8(text); }
+
+    /// Grows with each transaction that writes (SQLite database file format, file change counter).
+    quint32 changeCounter() const
+    {
+        QFile file(m_root.path(u("/var/lib/vorkan/registry.db")));
+        if (!file.open(QIODevice::ReadOnly) || !file.seek(24))
+            return 0;
+        return qFromBigEndian<quint32>(file.read(4).constData());
+    }
 
     TrialRoot m_root;
 };

@@ -3,8 +3,8 @@
 #include "dhcptable.h"
 
 #include "dhcpoption.h"
-#include "infokeys.h"
 #include "optioncell.h"
+#include "tablekeys.h"
 #include "updatesoff.h"
 #include "vcheckbox.h"
 #include "vgui.h"
@@ -54,12 +54,12 @@ DhcpTable::DhcpTable(const QList<DhcpOption *> &optionList, VGui *page, VWidgetC
     , options(optionList)
     , gui(page)
     , container(fields)
+    , keys(new TableKeys(this, InfoColumn))
 {
     setAccessibleName(tr("DHCP options"));
     // Tab is to leave the table for the buttons; the arrow keys move between its cells.
     setTabKeyNavigation(false);
-    auto *keys = new InfoKeys(this, InfoColumn);
-    connect(keys, &InfoKeys::pressed, this, &DhcpTable::showInfo);
+    connect(keys, &TableKeys::infoRequested, this, &DhcpTable::showInfo);
     populate(mode);
 }
 
@@ -244,4 +244,5 @@ void DhcpTable::changeViewMode(int mode)
         }
     }
     resizeColumnsToContents();
+    keys->ensureCurrentCell();
 }

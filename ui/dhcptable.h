@@ -6,6 +6,7 @@
 #include <QTableWidget>
 
 class DhcpOption;
+class TableKeys;
 class VCheckBox;
 class VGui;
 class VWidgetContainer;
@@ -38,6 +39,9 @@ public:
     DhcpTable(const QList<DhcpOption *> &optionList, VGui *page, VWidgetContainer *fields, ViewMode_t mode,
               QWidget *parent);
     ~DhcpTable() override;
+
+    /// Takes over what is being typed into a cell, as if the user had pressed Enter.
+    void finishEditing();
 
     /// Shows the values that the client has received by now.
     void refreshValues();
@@ -76,6 +80,7 @@ private:
     VWidgetContainer *container;
     QHash<QString, VCheckBox *> checkBoxes;          ///< by client name; owned by the page
     QHash<QString, DhcpOption *> optionsByLinuxName;
+    TableKeys *keys;
 };
 
 #endif

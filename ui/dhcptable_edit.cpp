@@ -43,6 +43,13 @@ void DhcpTable::codeChanged(int row)
         codeCell->setText(QString::number(option->code));
 }
 
+void DhcpTable::finishEditing()
+{
+    // The editor hands its text over when it loses the focus.
+    if (state() == EditingState)
+        setFocus();
+}
+
 void DhcpTable::refreshValues()
 {
     const bool isSortColumn = horizontalHeader()->sortIndicatorSection() == ValueColumn;

@@ -12,6 +12,7 @@
 #include <QComboBox>
 #include <QCoreApplication>
 #include <QFrame>
+#include <QLabel>
 #include <QPixmap>
 #include <QProcess>
 #include <QStandardPaths>
@@ -66,6 +67,11 @@ MainWindow::MainWindow(const QList<DhcpOption *> &optionList, bool forceAll, QWi
     viewSelector->addItem(tr("Show All Options"));
     panel->prependStretch(StretchBeforeButtons);
     panel->prependWidget(viewSelector);
+    // On Linux a combo box tells a screen reader its current text for its name, and has its purpose told by the
+    // label that belongs to it. There is no room for one, so it stays hidden.
+    auto *viewLabel = new QLabel(viewSelector->accessibleName(), panel);
+    viewLabel->setBuddy(viewSelector);
+    viewLabel->hide();
     connect(viewSelector, QOverload<int>::of(&QComboBox::currentIndexChanged),
             table, QOverload<int>::of(&DhcpTable::changeViewMode));
 
@@ -83,6 +89,11 @@ MainWindow::MainWindow(const QList<DhcpOption *> &optionList, bool forceAll, QWi
     centralFrame->setLayout(pageLayout);
     setCentralWidget(centralFrame);
 
+    setTabOrder(table, viewSelector);
+    setTabOrder(viewSelector, panel->applyButton());
+    setTabOrder(panel->applyButton(), panel->okButton());
+    setTabOrder(panel->okButton(), panel->cancelButton());
+
     connect(panel->cancelButton(), &QPushButton::clicked, qApp, &QCoreApplication::quit);
     connect(panel->applyButton(), &QPushButton::clicked, this, &MainWindow::apply);
     connect(panel->okButton(), &QPushButton::clicked, this, &MainWindow::applyAndQuit);
@@ -97,6 +108,8 @@ void MainWindow::selectView(int mode)
 
 void MainWindow::apply()
 {
+    // A button that is pressed by its letter does not take the focus from a code that is being typed.
+    table->finishEditing();
     container->validate();
     table->applyOptions(forceApply);
     const QString client = clientProgram();

@@ -102,21 +102,21 @@ std::optional<RegistryStore::Entry> RegistryStore::find(const QString &key)
         m_select->reset();
         return entry;
     } catch (const Sqlite::Error &error) {
-        readFailed(key, error);
+        giveUp(error);
         return std::nullopt;
     }
 }
 
 void RegistryStore::create(const QString &key, quint32 type)
 {
-    if (!find(key) && !m_unread.contains(key))
+    if (!find(key))
         m_pending.insert(key, Change{Entry{type, QString()}, false});
 }
 
 bool RegistryStore::set(const QString &key, const QString &value)
 {
     std::optional<Entry> entry = find(key);
-    if (!entry || m_unread.contains(key))
+    if (!entry)
         return false;
     entry->value = value;
     m_pending.insert(key, Change{*entry, true});
@@ -125,7 +125,6 @@ bool RegistryStore::set(const QString &key, const QString &value)
 
 bool RegistryStore::commit(const QString &path)
 {
-    m_unread.clear();
     QMap<QString, Change> changes;
     for (auto change = m_pending.cbegin(); change != m_pending.cend(); ++change) {
         if (path.isEmpty() || change.key() == path || change.key().startsWith(path + QLatin1Char('/')))
@@ -205,7 +204,6 @@ void RegistryStore::write(const QMap<QString, Change> &changes)
         ensureFile();
         open();
     }
-    m_database->setBusyTimeout(m_busyTimeout);
     m_database->execute("PRAGMA journal_mode = DELETE");
     // EXTRA also flushes the folder after the journal is gone, the moment at which the commit counts.
     m_database->execute("PRAGMA synchronous = EXTRA");
@@ -234,21 +232,12 @@ void RegistryStore::write(const QMap<QString, Change> &changes)
     transaction.commit();
 }
 
-void RegistryStore::readFailed(const QString &key, const Sqlite::Error &error)
+void RegistryStore::giveUp(const Sqlite::Error &error)
 {
-    if (error.kind() == Sqlite::Error::Busy) {
-        // One long wait is enough: with the lock still held, every further key would cost another.
-        if (m_database)
-            m_database->setBusyTimeout(std::chrono::milliseconds(0));
-        if (m_select)
-            m_select->reset();
-        m_unread.insert(key);
-        report("Cannot read registry ", error.what());
-        return;
-    }
     // Recovering after a killed writer is a write, and SQLite's own words for it would puzzle.
-    report("Cannot read registry ", error.kind() == Sqlite::Error::ReadOnly
-               ? "it needs recovery, which takes the right to write" : error.what());
+    const std::string reason = error.kind() == Sqlite::Error::ReadOnly
+        ? "it needs recovery, which takes the right to write" : error.what();
+    report("Cannot read registry ", reason + "; going on as if it were empty, and storing nothing");
     m_unusable = true;
     close();
 }

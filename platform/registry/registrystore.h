@@ -4,7 +4,6 @@
 #include "sqlite.h"
 
 #include <QMap>
-#include <QSet>
 #include <QString>
 
 #include <chrono>
@@ -58,7 +57,7 @@ private:
     bool isSameFile() const;
     void ensureFile() const;
     void write(const QMap<QString, Change> &changes);
-    void readFailed(const QString &key, const Sqlite::Error &error);
+    void giveUp(const Sqlite::Error &error);
     void report(const char *what, const std::string &reason);
 
     std::string m_path;
@@ -69,10 +68,8 @@ private:
     dev_t m_device = 0;
     ino_t m_inode = 0;
     QMap<QString, Change> m_pending;
-    // Keys that another process kept locked when they were read. What they hold is unknown, so until the batch
-    // is over nothing is written to them: a default could overwrite somebody's choice.
-    QSet<QString> m_unread;
-    // For the same reason nothing is written any more once the file has turned out to be unreadable.
+    // Once an entry could not be read, what it holds is unknown: a default that is written over it could lose
+    // somebody's choice.
     bool m_unusable = false;
     std::string m_lastReport;
 };

@@ -26,11 +26,6 @@ Database::Database(const std::string &path, std::chrono::milliseconds busyTimeou
     m_handle.reset(handle);
     if (result != SQLITE_OK)
         fail();
-    setBusyTimeout(busyTimeout);
-}
-
-void Database::setBusyTimeout(std::chrono::milliseconds busyTimeout)
-{
     sqlite3_busy_timeout(m_handle.get(), static_cast<int>(busyTimeout.count()));
 }
 
@@ -41,10 +36,8 @@ void Database::fail() const
     // "unable to open database file" alone does not tell why.
     if ((code == SQLITE_CANTOPEN || code == SQLITE_IOERR) && systemError != 0)
         throw Error(std::strerror(systemError));
-    const Error::Kind kind = code == SQLITE_BUSY || code == SQLITE_LOCKED ? Error::Busy
-        : code == SQLITE_READONLY                                         ? Error::ReadOnly
-                                                                          : Error::Other;
-    throw Error(m_handle ? sqlite3_errmsg(m_handle.get()) : sqlite3_errstr(code), kind);
+    throw Error(m_handle ? sqlite3_errmsg(m_handle.get()) : sqlite3_errstr(code),
+                code == SQLITE_READONLY ? Error::ReadOnly : Error::Other);
 }
 
 Statement Database::prepare(const char *sql)

@@ -18,7 +18,6 @@ class Error : public std::runtime_error
 {
 public:
     enum Kind {
-        Busy,     ///< another process held a lock all the while
         ReadOnly, ///< what was asked for takes the right to write
         Other
     };
@@ -38,7 +37,6 @@ class Database
 public:
     /// Waits up to `busyTimeout` wherever another process holds a lock.
     Database(const std::string &path, std::chrono::milliseconds busyTimeout);
-    void setBusyTimeout(std::chrono::milliseconds busyTimeout);
     Statement prepare(const char *sql);
     void execute(const char *sql);
     bool hasTable(const char *name);
