@@ -22,7 +22,7 @@ void DhcpTable::dataChange(int row, int column)
 void DhcpTable::requestedChanged(int row)
 {
     // Each write below may move the row, so the cells are fetched before the first one.
-    std::array<QTableWidgetItem *, KeyColumn + 1> cells;
+    std::array<QTableWidgetItem *, KeyColumn + 1> cells = {};
     for (int column = RequestedColumn; column <= KeyColumn; ++column) {
         cells[static_cast<std::size_t>(column)] = item(row, column);
         if (!cells[static_cast<std::size_t>(column)])

@@ -48,7 +48,7 @@ private:
     struct Change
     {
         Entry entry;
-        bool valueSet;
+        bool valueSet = false;
     };
 
     bool openForReading();
