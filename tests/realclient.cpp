@@ -31,8 +31,12 @@ QList<int> requestList(const QByteArray &frame)
     constexpr int udp = ip + 20; // the client sends no IP options
     constexpr int cookie = udp + 8 + 236;
     const auto byte = [&frame](int offset) { return static_cast<quint8>(frame.at(offset)); };
-    if (frame.size() < cookie + 4 || frame.mid(etherType, 3) != QByteArray("\x08\x00\x45", 3) || byte(ip + 9) != 17
-        || frame.mid(udp + 2, 2) != QByteArray("\x00\x43", 2) || frame.mid(cookie, 4) != "\x63\x82\x53\x63")
+    const bool isDhcp = frame.size() >= cookie + 4
+                        && frame.mid(etherType, 3) == QByteArray("\x08\x00\x45", 3) // IPv4
+                        && byte(ip + 9) == IPPROTO_UDP
+                        && frame.mid(udp + 2, 2) == QByteArray("\x00\x43", 2) // to port 67
+                        && frame.mid(cookie, 4) == "\x63\x82\x53\x63";
+    if (!isDhcp)
         return {};
     QList<int> codes;
     int offset = cookie + 4;
@@ -155,11 +159,10 @@ QSet<QString> RealClient::known(const QSet<QString> &names) const
     for (const QString &name : asked)
         configuration += "request " + name.toLatin1() + ";\n";
     const QString said = QString::fromLatin1(complaints(configuration));
-    const QRegularExpression line(QStringLiteral("conf line (\\d+): no option named|conf line (\\d+): .*expected"));
+    const QRegularExpression line(QStringLiteral("/conf line (\\d+): "));
     QSet<QString> accepted = names;
     for (QRegularExpressionMatchIterator it = line.globalMatch(said); it.hasNext();) {
-        const QRegularExpressionMatch match = it.next();
-        const int number = match.captured(match.lastCapturedIndex()).toInt();
+        const int number = it.next().captured(1).toInt();
         accepted.remove(asked.value(number - 1));
     }
     return accepted;
@@ -171,9 +174,11 @@ bool RealClient::makeInterfaces(QString &reason) const
         reason = QStringLiteral("no right to make a network namespace");
         return false;
     }
+    if (if_nametoindex(ClientEnd.toLatin1().constData()) != 0)
+        return true; // from an earlier call
     const QList<QStringList> commands = {
-        {QStringLiteral("link"), QStringLiteral("add"), ClientEnd, QStringLiteral("type"), QStringLiteral("veth"),
-         QStringLiteral("peer"), QStringLiteral("name"), ServerEnd},
+        {QStringLiteral("link"), QStringLiteral("add"), ClientEnd, QStringLiteral("type"),
+         QStringLiteral("veth"), QStringLiteral("peer"), QStringLiteral("name"), ServerEnd},
         {QStringLiteral("link"), QStringLiteral("set"), ClientEnd, QStringLiteral("up")},
         {QStringLiteral("link"), QStringLiteral("set"), ServerEnd, QStringLiteral("up")},
     };

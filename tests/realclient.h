@@ -7,8 +7,8 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
-/// The DHCP client of this machine, run from a copy under another path (where its AppArmor profile does not hold)
-/// and, where rights allow, in a network namespace of its own. No address is taken and no hook is run.
+/// The DHCP client of this machine, run from a copy under another path, where its AppArmor profile does not
+/// hold, and in a network namespace of its own where rights allow. No address is taken and no hook is run.
 class RealClient
 {
 public:
