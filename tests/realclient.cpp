@@ -143,11 +143,14 @@ QStringList RealClient::arguments(const QByteArray &configuration, const QString
 QByteArray RealClient::complaints(const QByteArray &configuration) const
 {
     // It reads its configuration first and then finds no such interface.
+    // Into a file: it writes piece by piece, and each would wait for the reader of a pipe.
+    QFile errors(m_directory.filePath(QStringLiteral("errors")));
     QProcess client;
+    client.setStandardErrorFile(errors.fileName());
     client.start(m_program, arguments(configuration, QStringLiteral("nosuchif0")));
-    if (!client.waitForFinished(ProcessTimeout))
+    if (!client.waitForFinished(ProcessTimeout) || !errors.open(QIODevice::ReadOnly))
         qFatal("the client does not end");
-    const QByteArray said = client.readAllStandardError();
+    const QByteArray said = errors.readAll();
     const int first = said.indexOf(m_directory.path().toUtf8());
     return first < 0 ? QByteArray() : said.mid(first);
 }

@@ -99,7 +99,8 @@ private slots:
         QFETCH(int, index);
         const DhcpOption &option = *m_options.at(static_cast<size_t>(index));
         const QString code = QStringLiteral("%1").arg(option.standardCode, 3, 10, QLatin1Char('0'));
-        QCOMPARE(files().at(index), QString(code % QLatin1Char('-') % option.linuxName % QLatin1String(".xml")));
+        const QString fileName = code % QLatin1Char('-') % option.linuxName % QLatin1String(".xml");
+        QCOMPARE(files().at(index), fileName);
         // The client refuses 0 and 255, and sends anything beyond without its upper bits.
         QVERIFY(option.standardCode >= 1 && option.standardCode <= 254);
         const QRegularExpression name(QStringLiteral("^[a-z][a-z0-9]*(-[a-z0-9]+)*$"));
