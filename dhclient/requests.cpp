@@ -1,0 +1,182 @@
+#include "requests.h"
+
+#include "knownoptions.h"
+#include "placement.h"
+
+#include <algorithm>
+
+namespace DhclientConf {
+
+namespace {
+
+/// Where a name goes: into a list, or into a new "also request" statement.
+struct Target
+{
+    const Statement *list = nullptr;
+    std::size_t start = 0; ///< the first statement that a new one may stand before
+};
+
+bool isList(const Statement &statement)
+{
+    return statement.kind == Statement::Request;
+}
+
+// The list in force among these statements that the edited file holds itself; the last one called "also", if
+// they only add to a list from elsewhere. `from` is the first statement that may name the option.
+Target target(const Reading &reading, const std::vector<Statement> &statements, Target target, std::size_t from)
+{
+    for (std::size_t i = 0; i < statements.size(); ++i) {
+        const Statement &statement = statements[i];
+        const bool replaces = isList(statement) ? !statement.also
+                                                : statement.kind == Statement::Include && reading.replacesList(statement);
+        if (replaces)
+            target = {nullptr, i + 1};
+        if (i < from)
+            continue;
+        const bool plain = target.list && !target.list->also;
+        if (isList(statement) && (!statement.also || (!plain && !statement.names.empty())))
+            target.list = &statement;
+    }
+    target.start = std::max(target.start, from);
+    return target;
+}
+
+std::string addToFile(const Reading &reading, const std::string &name, std::size_t from)
+{
+    const std::vector<Statement> &statements = reading.statements();
+    const Target place = target(reading, statements, {}, from);
+    if (place.list)
+        return withName(reading.text(), *place.list, name);
+    const std::string added = "also request " + name + ';';
+    // Before the interface blocks, which take a copy of the list.
+    for (std::size_t i = place.start; i < statements.size(); ++i) {
+        if (statements[i].kind == Statement::Block)
+            return withBefore(reading.text(), statements[i], added);
+    }
+    return withAtEnd(reading.text(), added);
+}
+
+std::string addToBlocks(const Reading &reading, const Context &context, const std::string &name)
+{
+    Target place;
+    for (const Statement *block : context.blocks)
+        place = target(reading, block->body, place, 0);
+    if (place.list)
+        return withName(reading.text(), *place.list, name);
+    return withInBlock(reading.text(), *context.blocks.back(), "also request " + name + ';');
+}
+
+// The first statement at top level that may name the option.
+std::size_t knownFrom(const Reading &reading, const std::string &id, bool declared)
+{
+    if (declared || isKnownOption(id) || !reading.declarations(id).empty())
+        return 0;
+    const std::vector<Foreign> foreign = reading.foreignDeclarations(id);
+    return foreign.empty() ? 0 : foreign.front().anchor + 1;
+}
+
+std::string withoutOne(std::string_view text, const std::vector<Statement> &statements, const std::string &id,
+                       Lists lists)
+{
+    for (const Statement &statement : statements) {
+        if (statement.kind == Statement::Require || (isList(statement) && lists == Lists::Both)) {
+            for (std::size_t i = 0; i < statement.names.size(); ++i) {
+                if (statement.names[i].id == id)
+                    return withoutName(text, statement, i);
+            }
+        }
+        std::string result = withoutOne(text, statement.body, id, lists);
+        if (!result.empty())
+            return result;
+    }
+    return {};
+}
+
+} // namespace
+
+std::string withRequest(std::string text, const std::string &id, const std::string &name, bool declared,
+                        const Reader &reader, std::vector<std::string> &notes)
+{
+    for (;;) {
+        const Reading reading(text, reader);
+        const std::size_t from = knownFrom(reading, id, declared);
+        std::string next;
+        std::vector<std::string> hopeless;
+        for (const Context &context : reading.contexts()) {
+            std::vector<const Entry *> entries;
+            for (const Entry &entry : context.entries) {
+                if (entry.id == id)
+                    entries.push_back(&entry);
+            }
+            const auto own = std::find_if(entries.rbegin(), entries.rend(), [](const Entry *entry) {
+                return entry->list && !entry->foreign;
+            });
+            const bool everywhere = context.interface.empty();
+            if (entries.size() > 1 && own != entries.rend())
+                next = withoutName(text, *(*own)->list, (*own)->index);
+            else if (entries.size() > 1)
+                hopeless.push_back("an included file requests \"" + name + "\" once more"
+                                   + (everywhere ? "" : " for interface " + context.interface));
+            else if (entries.empty() && everywhere)
+                next = addToFile(reading, name, from);
+            else if (entries.empty() && !context.blocks.empty())
+                next = addToBlocks(reading, context, name);
+            else if (entries.empty())
+                hopeless.push_back("an included file alone says what interface " + context.interface
+                                   + " requests, without \"" + name + "\"");
+            if (!next.empty())
+                break;
+        }
+        if (next.empty()) {
+            notes.insert(notes.end(), hopeless.begin(), hopeless.end());
+            return text;
+        }
+        text = std::move(next);
+    }
+}
+
+std::string withoutListed(std::string text, const std::string &id, Lists lists)
+{
+    for (;;) {
+        std::string next = withoutOne(text, parse(text), id, lists);
+        if (next.empty())
+            return text;
+        text = std::move(next);
+    }
+}
+
+std::string withoutRequest(std::string text, const std::string &id, const Reader &reader,
+                           std::vector<std::string> &notes)
+{
+    text = withoutListed(std::move(text), id, Lists::Both);
+    const Reading reading(text, reader);
+    for (const Foreign &foreign : reading.foreign()) {
+        const std::vector<Name> &names = foreign.statement->names;
+        const bool list = isList(*foreign.statement) || foreign.statement->kind == Statement::Require;
+        if (list && std::any_of(names.begin(), names.end(), [&id](const Name &name) { return name.id == id; }))
+            notes.push_back("the included file \"" + reading.statements()[foreign.anchor].word + "\" still lists \""
+                            + id + "\"");
+    }
+    const auto asked = [&id](const Context &context) {
+        return std::any_of(context.entries.begin(), context.entries.end(), [&id](const Entry &entry) {
+            return !entry.list && entry.id == id;
+        });
+    };
+    if (std::none_of(reading.contexts().begin(), reading.contexts().end(), asked))
+        return text;
+
+    std::vector<std::string> others;
+    for (const std::string_view other : BuiltInRequests) {
+        if (other != id)
+            others.emplace_back(other);
+    }
+    const std::string list = listStatement("request", others, lineEnd(text));
+    // It replaces all before it, so it goes before whatever adds to the list or takes a copy of it.
+    for (const Statement &statement : reading.statements()) {
+        if (isList(statement) || statement.kind == Statement::Block || statement.kind == Statement::Include)
+            return withBefore(text, statement, list);
+    }
+    return withAtEnd(text, list);
+}
+
+} // namespace DhclientConf
