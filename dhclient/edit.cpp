@@ -128,7 +128,7 @@ std::vector<Wish> gather(const std::vector<Command> &commands)
     return wishes;
 }
 
-std::string carriedOut(std::string text, const Wish &wish, const Reader &reader, std::vector<std::string> &notes)
+std::string withRequests(std::string text, const Wish &wish, const Reader &reader, std::vector<std::string> &notes)
 {
     if (wish.noRequest)
         text = withoutRequest(std::move(text), wish.id, reader, notes);
@@ -136,6 +136,12 @@ std::string carriedOut(std::string text, const Wish &wish, const Reader &reader,
         text = withoutListed(std::move(text), wish.id, Lists::Require);
     if (wish.request)
         text = withRequest(std::move(text), wish.id, wish.name, wish.declaration.has_value(), reader, notes);
+    return text;
+}
+
+std::string withDeclarations(std::string text, const Wish &wish, const Reader &reader,
+                             std::vector<std::string> &notes)
+{
     if (wish.declaration)
         return withDeclaration(std::move(text), *wish.declaration, reader, notes);
     const std::string before = text;
@@ -227,8 +233,11 @@ Result edit(std::string_view text, const std::vector<Command> &commands, const R
         const std::vector<Wish> wishes = gather(commands);
         const Reading before(text, reader);
         result.text = text;
+        // Declarations go before uses, so all uses come first.
         for (const Wish &wish : wishes)
-            result.text = carriedOut(std::move(result.text), wish, reader, result.notes);
+            result.text = withRequests(std::move(result.text), wish, reader, result.notes);
+        for (const Wish &wish : wishes)
+            result.text = withDeclarations(std::move(result.text), wish, reader, result.notes);
         const Reading after(result.text, reader);
         judge(before, after, wishes, result);
         for (const Wish &wish : wishes)

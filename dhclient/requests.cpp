@@ -66,6 +66,13 @@ std::string addToBlocks(const Reading &reading, const Context &context, const st
     return withInBlock(reading.text(), *context.blocks.back(), "also request " + name + ';');
 }
 
+bool holds(const Context &context, const Entry &wanted)
+{
+    return std::any_of(context.entries.begin(), context.entries.end(), [&wanted](const Entry &entry) {
+        return entry.list == wanted.list && entry.index == wanted.index;
+    });
+}
+
 // The first statement at top level that may name the option.
 std::size_t knownFrom(const Reading &reading, const std::string &id, bool declared)
 {
@@ -108,8 +115,12 @@ std::string withRequest(std::string text, const std::string &id, const std::stri
                 if (entry.id == id)
                     entries.push_back(&entry);
             }
-            const auto own = std::find_if(entries.rbegin(), entries.rend(), [](const Entry *entry) {
-                return entry->list && !entry->foreign;
+            // The contexts before this one are right already: what they share with it stays.
+            const auto own = std::find_if(entries.rbegin(), entries.rend(), [&](const Entry *entry) {
+                return entry->list && !entry->foreign
+                    && std::none_of(reading.contexts().data(), &context, [entry](const Context &earlier) {
+                           return holds(earlier, *entry);
+                       });
             });
             const bool everywhere = context.interface.empty();
             if (entries.size() > 1 && own != entries.rend())
