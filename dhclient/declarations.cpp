@@ -70,9 +70,9 @@ std::string inPlace(std::string_view text, const Statement &declaration, const S
     return result;
 }
 
-std::string inserted(const std::string &text, const Specification &wanted, const Reader &reader)
+std::string inserted(const Reading &reading, const Specification &wanted)
 {
-    const Reading reading(text, reader);
+    const std::string_view text = reading.text();
     const std::vector<Statement> &statements = reading.statements();
     const Bounds where = bounds(reading, wanted);
     if (where.first > where.last)
@@ -104,21 +104,20 @@ bool isUsedOtherwise(const Reading &reading, const std::string &id)
 
 } // namespace
 
-std::string withDeclaration(std::string text, const Specification &wanted, const Reader &reader,
-                            std::vector<std::string> &notes)
+void declareOnce(Draft &draft, const Specification &wanted)
 {
     std::size_t kept = None;
     {
-        const Reading reading(text, reader);
+        const Reading &reading = draft.reading();
         const std::vector<Statement> &statements = reading.statements();
         const std::vector<std::size_t> own = reading.declarations(wanted.id);
         const std::vector<Foreign> foreign = reading.foreignDeclarations(wanted.id);
         if (!foreign.empty()) {
-            notes.push_back("the included file \"" + statements[foreign.back().anchor].word + "\" declares \""
+            draft.note("the included file \"" + statements[foreign.back().anchor].word + "\" declares \""
                             + wanted.name + "\" too");
             if (own.empty() && isSame(*foreign.back().statement, wanted)
                 && foreign.front().anchor <= reading.firstUse(wanted.id))
-                return text;
+                return;
         }
         const Bounds where = bounds(reading, wanted);
         const auto inBounds = [&where](std::size_t index) { return index >= where.first && index < where.last; };
@@ -127,18 +126,20 @@ std::string withDeclaration(std::string text, const Specification &wanted, const
                                                      && isSame(statements[index], wanted))))
                 kept = index;
         }
+        std::string text = draft.text();
         for (auto index = own.rbegin(); index != own.rend(); ++index) {
             const Statement &declaration = statements[*index];
             text = *index == kept ? inPlace(text, declaration, wanted) : without(text, declaration);
         }
+        draft.change(std::move(text));
     }
-    return kept == None ? inserted(text, wanted, reader) : text;
+    if (kept == None)
+        draft.change(inserted(draft.reading(), wanted));
 }
 
-std::string withoutDeclaration(std::string text, const std::string &id, const std::optional<std::string> &code,
-                               const Reader &reader, std::vector<std::string> &notes)
+void undeclare(Draft &draft, const std::string &id, const std::optional<std::string> &code)
 {
-    const Reading reading(text, reader);
+    const Reading &reading = draft.reading();
     std::vector<std::size_t> doomed;
     const std::vector<std::size_t> own = reading.declarations(id);
     for (const std::size_t index : own) {
@@ -147,12 +148,13 @@ std::string withoutDeclaration(std::string text, const std::string &id, const st
     }
     const bool stays = doomed.size() < own.size() || !reading.foreignDeclarations(id).empty() || isKnownOption(id);
     if (!doomed.empty() && !stays && isUsedOtherwise(reading, id)) {
-        notes.push_back("\"" + id + "\" is still used, its declaration stays");
-        return text;
+        draft.note("\"" + id + "\" is still used, its declaration stays");
+        return;
     }
+    std::string text = draft.text();
     for (auto index = doomed.rbegin(); index != doomed.rend(); ++index)
         text = without(text, reading.statements()[*index]);
-    return text;
+    draft.change(std::move(text));
 }
 
 } // namespace DhclientConf

@@ -5,7 +5,6 @@
 
 #include <optional>
 #include <string>
-#include <vector>
 
 namespace DhclientConf {
 
@@ -24,15 +23,13 @@ struct Refusal
     std::string reason;
 };
 
-/// The text with exactly one declaration of the option, with this code and type, before its first use. One that
-/// stands in a good place stays there and changes only in what differs. Throws Refusal.
-std::string withDeclaration(std::string text, const Specification &wanted, const Reader &reader,
-                            std::vector<std::string> &notes);
+/// Leaves exactly one declaration of the option, with this code and type, before its first use. One that stands
+/// in a good place stays there and changes only in what differs. Throws Refusal.
+void declareOnce(Draft &draft, const Specification &wanted);
 
-/// The text without declarations of the option with that code (with any code, if none is given). They stay, with
-/// a note, where the client would know the option no more while something other than a list of the text uses it.
-std::string withoutDeclaration(std::string text, const std::string &id, const std::optional<std::string> &code,
-                               const Reader &reader, std::vector<std::string> &notes);
+/// Takes the declarations of the option with that code away (with any code, if none is given). They stay, with a
+/// note, where the client would know the option no more while something other than a list of the text uses it.
+void undeclare(Draft &draft, const std::string &id, const std::optional<std::string> &code);
 
 } // namespace DhclientConf
 

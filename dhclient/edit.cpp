@@ -5,6 +5,7 @@
 #include "requests.h"
 
 #include <algorithm>
+#include <map>
 
 namespace DhclientConf {
 
@@ -128,84 +129,84 @@ std::vector<Wish> gather(const std::vector<Command> &commands)
     return wishes;
 }
 
-std::string withRequests(std::string text, const Wish &wish, const Reader &reader, std::vector<std::string> &notes)
+void changeRequests(Draft &draft, const Wish &wish)
 {
     if (wish.noRequest)
-        text = withoutRequest(std::move(text), wish.id, reader, notes);
+        requestNowhere(draft, wish.id);
     else if (wish.noRequire)
-        text = withoutListed(std::move(text), wish.id, Lists::Require);
+        unlist(draft, wish.id, Lists::Require);
     if (wish.request)
-        text = withRequest(std::move(text), wish.id, wish.name, wish.declaration.has_value(), reader, notes);
-    return text;
+        requestOnce(draft, wish.id, wish.name, wish.declaration.has_value());
 }
 
-std::string withDeclarations(std::string text, const Wish &wish, const Reader &reader,
-                             std::vector<std::string> &notes)
+void changeDeclarations(Draft &draft, const Wish &wish)
 {
-    if (wish.declaration)
-        return withDeclaration(std::move(text), *wish.declaration, reader, notes);
-    const std::string before = text;
-    if (wish.undeclareAll)
-        text = withoutDeclaration(std::move(text), wish.id, std::nullopt, reader, notes);
-    for (const std::string &code : wish.undeclare) {
-        if (!wish.undeclareAll)
-            text = withoutDeclaration(std::move(text), wish.id, code, reader, notes);
+    if (wish.declaration) {
+        declareOnce(draft, *wish.declaration);
+        return;
     }
-    if (text == before)
-        return text;
-    const Reading reading(text, reader);
+    const std::size_t before = draft.reading().declarations(wish.id).size();
+    if (wish.undeclareAll)
+        undeclare(draft, wish.id, std::nullopt);
+    for (const std::string &code : wish.undeclare)
+        undeclare(draft, wish.id, code);
+    const Reading &reading = draft.reading();
+    const std::vector<std::size_t> left = reading.declarations(wish.id);
+    if (left.size() == before)
+        return;
     if (!reading.knows(wish.id)) {
         // A list with a name that the client doesn't know is dropped whole.
         if (!(wish.request && wish.requestIsLater))
-            text = withoutListed(std::move(text), wish.id, Lists::Both);
-    } else if (const std::vector<std::size_t> left = reading.declarations(wish.id);
-               !left.empty() && left.front() > reading.firstUse(wish.id)
+            unlist(draft, wish.id, Lists::Both);
+    } else if (!left.empty() && left.front() > reading.firstUse(wish.id)
                && reading.foreignDeclarations(wish.id).empty()) {
         const Statement &declaration = reading.statements()[left.back()];
-        const Specification kept{wish.name, wish.id, declaration.code,
-                                 {declaration.type, declaration.encapsulated}};
-        text = withDeclaration(std::move(text), kept, reader, notes);
+        declareOnce(draft, {wish.name, wish.id, declaration.code, {declaration.type, declaration.encapsulated}});
     }
-    return text;
 }
 
-// The code under which the file's end knows a DHCPv4 option; empty for those of other spaces.
-std::string codeOf(const Reading &reading, const std::string &id)
+// The codes under which the file's end knows DHCPv4 options that it declares; the last declaration wins.
+std::map<std::string_view, std::string_view> declaredCodes(const Reading &reading)
 {
-    if (id.find('.') != std::string::npos)
-        return {};
-    const std::vector<std::size_t> own = reading.declarations(id);
-    const std::vector<Foreign> foreign = reading.foreignDeclarations(id);
-    if (!foreign.empty() && (own.empty() || foreign.back().anchor > own.back()))
-        return foreign.back().statement->code;
-    if (!own.empty())
-        return reading.statements()[own.back()].code;
-    const int code = knownCode(id);
-    return code == 0 ? std::string() : std::to_string(code);
+    std::map<std::string_view, std::string_view> codes;
+    const auto enter = [&codes](const Statement &statement) {
+        if (statement.kind == Statement::Declaration && statement.names.front().id.find('.') == std::string::npos)
+            codes[statement.names.front().id] = statement.code;
+    };
+    auto foreign = reading.foreign().begin();
+    for (std::size_t i = 0; i < reading.statements().size(); ++i) {
+        enter(reading.statements()[i]);
+        for (; foreign != reading.foreign().end() && foreign->anchor == i; ++foreign)
+            enter(*foreign->statement);
+    }
+    return codes;
 }
 
-void noteSharedCodes(const Reading &reading, const Wish &wish, std::vector<std::string> &notes)
+void noteSharedCodes(Draft &draft, const std::vector<Wish> &wishes)
 {
-    const std::string code = codeOf(reading, wish.id);
-    if (code.empty() || !(wish.declaration || wish.request))
-        return;
-    std::set<std::string> others;
-    others.insert(std::string(knownName(std::stoi(code.substr(0, 9)))));
-    for (const Statement &statement : reading.statements()) {
-        if (statement.kind == Statement::Declaration)
-            others.insert(statement.names.front().id);
-    }
-    for (const Foreign &foreign : reading.foreign()) {
-        if (foreign.statement->kind == Statement::Declaration)
-            others.insert(foreign.statement->names.front().id);
-    }
-    for (const std::string &other : others) {
-        if (other != wish.id && !other.empty() && codeOf(reading, other) == code)
-            notes.push_back("code " + code + " of \"" + wish.name + "\" is also the code of \"" + other + '"');
+    const auto codes = declaredCodes(draft.reading());
+    for (const Wish &wish : wishes) {
+        if (!(wish.declaration || wish.request))
+            continue;
+        const auto declared = codes.find(wish.id);
+        const int known = knownCode(wish.id);
+        const std::string code = declared != codes.end() ? std::string(declared->second) : std::to_string(known);
+        if (declared == codes.end() && known == 0)
+            continue;
+        const auto tell = [&](std::string_view other) {
+            draft.note("code " + code + " of \"" + wish.name + "\" is also the code of \"" + std::string(other) + '"');
+        };
+        const std::string_view own = code.size() <= 3 ? knownName(std::stoi(code)) : std::string_view();
+        if (!own.empty() && own != wish.id && codes.count(own) == 0)
+            tell(own);
+        for (const auto &[other, otherCode] : codes) {
+            if (otherCode == code && other != wish.id)
+                tell(other);
+        }
     }
 }
 
-void judge(const Reading &before, const Reading &after, const std::vector<Wish> &wishes, Result &result)
+void judge(const std::vector<Violation> &before, const Reading &after, const std::vector<Wish> &wishes, Result &result)
 {
     for (const Wish &wish : wishes) {
         if (wish.request && !after.knows(wish.id))
@@ -215,9 +216,9 @@ void judge(const Reading &before, const Reading &after, const std::vector<Wish> 
         return;
     // A fault of the file as it stands is told with its place there.
     const Violation &fault = after.violations().front();
-    const auto old = std::find_if(before.violations().begin(), before.violations().end(),
+    const auto old = std::find_if(before.begin(), before.end(),
                                   [&fault](const Violation &other) { return other.id == fault.id; });
-    if (old == before.violations().end())
+    if (old == before.end())
         throw Refusal{fault.reason};
     result.status = Result::Broken;
     result.line = old->line;
@@ -231,19 +232,20 @@ Result edit(std::string_view text, const std::vector<Command> &commands, const R
     Result result;
     try {
         const std::vector<Wish> wishes = gather(commands);
-        const Reading before(text, reader);
-        result.text = text;
+        Draft draft(text, reader);
+        const std::vector<Violation> before = draft.reading().violations();
         // Declarations go before uses, so all uses come first.
         for (const Wish &wish : wishes)
-            result.text = withRequests(std::move(result.text), wish, reader, result.notes);
+            changeRequests(draft, wish);
         for (const Wish &wish : wishes)
-            result.text = withDeclarations(std::move(result.text), wish, reader, result.notes);
-        const Reading after(result.text, reader);
+            changeDeclarations(draft, wish);
+        const Reading &after = draft.reading();
         judge(before, after, wishes, result);
-        for (const Wish &wish : wishes)
-            noteSharedCodes(after, wish, result.notes);
+        noteSharedCodes(draft, wishes);
         for (const std::string &path : after.missing())
-            result.notes.push_back("the included file \"" + path + "\" cannot be read");
+            draft.note("the included file \"" + path + "\" cannot be read");
+        result.text = draft.text();
+        result.notes = draft.notes();
     } catch (const Refusal &refusal) {
         result.status = Result::Refused;
         result.error = refusal.reason;

@@ -29,7 +29,7 @@ Reading::Reading(std::string_view text, const Reader &reader)
     Context everywhere;
     std::size_t index = 0;
     for (const std::string_view id : BuiltInRequests)
-        everywhere.entries.push_back({std::string(id), nullptr, index++, false});
+        everywhere.entries.push_back({id, nullptr, index++, false});
     m_contexts.push_back(std::move(everywhere));
     std::size_t context = 0;
     read(m_statements, &context, {}, 0);
@@ -156,12 +156,15 @@ void Reading::checkDeclaration(const Statement &declaration, const std::string &
 {
     const std::string &id = declaration.names.front().id;
     const std::size_t dot = id.find('.');
-    const std::string space = dot == std::string::npos ? std::string() : id.substr(0, dot);
-    for (const std::string &wanted : {space, declaration.encapsulated}) {
-        if (!wanted.empty() && !knowsSpace(wanted))
-            m_violations.push_back({file, declaration.line, id, "no option space is called \"" + wanted + "\" here",
+    const auto want = [&](const std::string &space) {
+        if (!knowsSpace(space))
+            m_violations.push_back({file, declaration.line, id, "no option space is called \"" + space + "\" here",
                                     false});
-    }
+    };
+    if (dot != std::string::npos)
+        want(id.substr(0, dot));
+    if (!declaration.encapsulated.empty())
+        want(declaration.encapsulated);
     m_declared.insert(id);
 }
 
@@ -196,6 +199,21 @@ std::size_t Reading::firstUse(const std::string &id) const
             first = std::min(first, foreign.anchor);
     }
     return first;
+}
+
+const Reading &Draft::reading()
+{
+    if (!m_reading)
+        m_reading = std::make_unique<Reading>(m_text, m_reader);
+    return *m_reading;
+}
+
+void Draft::change(std::string text)
+{
+    if (text == m_text)
+        return;
+    m_reading.reset();
+    m_text = std::move(text);
 }
 
 } // namespace DhclientConf

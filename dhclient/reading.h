@@ -20,7 +20,7 @@ using Reader = std::function<std::optional<std::string>(const std::string &path)
 /// A request list's entry, or one of the client's built-in list.
 struct Entry
 {
-    std::string id;
+    std::string_view id;
     const Statement *list; ///< null for the built-in list
     std::size_t index;     ///< into the list's names
     bool foreign;          ///< from an included file, which is never edited
@@ -104,9 +104,31 @@ private:
     std::vector<Foreign> m_foreign;
     std::vector<Violation> m_violations;
     std::vector<std::string> m_missing;
-    std::set<std::string> m_declared;
+    std::set<std::string_view> m_declared;
     std::set<std::string> m_spaces;
     std::size_t m_anchor = 0;
+};
+
+/// A text in the course of its edits, read anew only after it changed.
+class Draft
+{
+public:
+    Draft(std::string_view text, const Reader &reader) : m_text(text), m_reader(reader) {}
+    Draft(const Draft &) = delete;
+    Draft &operator=(const Draft &) = delete;
+
+    const std::string &text() const { return m_text; }
+    /// Valid until the next change. Throws SyntaxError.
+    const Reading &reading();
+    void change(std::string text);
+    void note(std::string line) { m_notes.push_back(std::move(line)); }
+    const std::vector<std::string> &notes() const { return m_notes; }
+
+private:
+    std::string m_text;
+    const Reader &m_reader;
+    std::unique_ptr<Reading> m_reading;
+    std::vector<std::string> m_notes;
 };
 
 } // namespace DhclientConf

@@ -82,8 +82,8 @@ std::size_t knownFrom(const Reading &reading, const std::string &id, bool declar
     return foreign.empty() ? 0 : foreign.front().anchor + 1;
 }
 
-std::string withoutOne(std::string_view text, const std::vector<Statement> &statements, const std::string &id,
-                       Lists lists)
+std::optional<std::string> withoutOne(std::string_view text, const std::vector<Statement> &statements,
+                                      const std::string &id, Lists lists)
 {
     for (const Statement &statement : statements) {
         if (statement.kind == Statement::Require || (isList(statement) && lists == Lists::Both)) {
@@ -92,22 +92,20 @@ std::string withoutOne(std::string_view text, const std::vector<Statement> &stat
                     return withoutName(text, statement, i);
             }
         }
-        std::string result = withoutOne(text, statement.body, id, lists);
-        if (!result.empty())
+        if (std::optional<std::string> result = withoutOne(text, statement.body, id, lists))
             return result;
     }
-    return {};
+    return std::nullopt;
 }
 
 } // namespace
 
-std::string withRequest(std::string text, const std::string &id, const std::string &name, bool declared,
-                        const Reader &reader, std::vector<std::string> &notes)
+void requestOnce(Draft &draft, const std::string &id, const std::string &name, bool declared)
 {
     for (;;) {
-        const Reading reading(text, reader);
+        const Reading &reading = draft.reading();
         const std::size_t from = knownFrom(reading, id, declared);
-        std::string next;
+        std::optional<std::string> next;
         std::vector<std::string> hopeless;
         for (const Context &context : reading.contexts()) {
             std::vector<const Entry *> entries;
@@ -124,7 +122,7 @@ std::string withRequest(std::string text, const std::string &id, const std::stri
             });
             const bool everywhere = context.interface.empty();
             if (entries.size() > 1 && own != entries.rend())
-                next = withoutName(text, *(*own)->list, (*own)->index);
+                next = withoutName(draft.text(), *(*own)->list, (*own)->index);
             else if (entries.size() > 1)
                 hopeless.push_back("an included file requests \"" + name + "\" once more"
                                    + (everywhere ? "" : " for interface " + context.interface));
@@ -135,37 +133,36 @@ std::string withRequest(std::string text, const std::string &id, const std::stri
             else if (entries.empty())
                 hopeless.push_back("an included file alone says what interface " + context.interface
                                    + " requests, without \"" + name + "\"");
-            if (!next.empty())
+            if (next)
                 break;
         }
-        if (next.empty()) {
-            notes.insert(notes.end(), hopeless.begin(), hopeless.end());
-            return text;
+        if (!next) {
+            std::for_each(hopeless.begin(), hopeless.end(), [&draft](const std::string &line) { draft.note(line); });
+            return;
         }
-        text = std::move(next);
+        draft.change(std::move(*next));
     }
 }
 
-std::string withoutListed(std::string text, const std::string &id, Lists lists)
+void unlist(Draft &draft, const std::string &id, Lists lists)
 {
     for (;;) {
-        std::string next = withoutOne(text, parse(text), id, lists);
-        if (next.empty())
-            return text;
-        text = std::move(next);
+        std::optional<std::string> next = withoutOne(draft.text(), draft.reading().statements(), id, lists);
+        if (!next)
+            return;
+        draft.change(std::move(*next));
     }
 }
 
-std::string withoutRequest(std::string text, const std::string &id, const Reader &reader,
-                           std::vector<std::string> &notes)
+void requestNowhere(Draft &draft, const std::string &id)
 {
-    text = withoutListed(std::move(text), id, Lists::Both);
-    const Reading reading(text, reader);
+    unlist(draft, id, Lists::Both);
+    const Reading &reading = draft.reading();
     for (const Foreign &foreign : reading.foreign()) {
         const std::vector<Name> &names = foreign.statement->names;
         const bool list = isList(*foreign.statement) || foreign.statement->kind == Statement::Require;
         if (list && std::any_of(names.begin(), names.end(), [&id](const Name &name) { return name.id == id; }))
-            notes.push_back("the included file \"" + reading.statements()[foreign.anchor].word + "\" still lists \""
+            draft.note("the included file \"" + reading.statements()[foreign.anchor].word + "\" still lists \""
                             + id + "\"");
     }
     const auto asked = [&id](const Context &context) {
@@ -174,20 +171,20 @@ std::string withoutRequest(std::string text, const std::string &id, const Reader
         });
     };
     if (std::none_of(reading.contexts().begin(), reading.contexts().end(), asked))
-        return text;
+        return;
 
     std::vector<std::string> others;
     for (const std::string_view other : BuiltInRequests) {
         if (other != id)
             others.emplace_back(other);
     }
-    const std::string list = listStatement("request", others, lineEnd(text));
+    const std::string list = listStatement("request", others, lineEnd(draft.text()));
     // It replaces all before it, so it goes before whatever adds to the list or takes a copy of it.
     for (const Statement &statement : reading.statements()) {
         if (isList(statement) || statement.kind == Statement::Block || statement.kind == Statement::Include)
-            return withBefore(text, statement, list);
+            return draft.change(withBefore(draft.text(), statement, list));
     }
-    return withAtEnd(text, list);
+    draft.change(withAtEnd(draft.text(), list));
 }
 
 } // namespace DhclientConf

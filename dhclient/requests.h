@@ -4,24 +4,20 @@
 #include "reading.h"
 
 #include <string>
-#include <vector>
 
 namespace DhclientConf {
 
-/// The text with the option requested exactly once by every interface: in the request list that is in force
-/// there, where the text has one, else through "also request". Names listed more than once keep their first
-/// place. `declared` tells that the caller is going to declare the option. What an included file asks for once
-/// more can't be mended and gets a note.
-std::string withRequest(std::string text, const std::string &id, const std::string &name, bool declared,
-                        const Reader &reader, std::vector<std::string> &notes);
+/// Makes every interface request the option exactly once: in the request list that is in force there, where the
+/// text has one, else through "also request". Names listed more than once keep their first place. `declared`
+/// tells that the caller is going to declare the option. What only an included file could mend gets a note.
+void requestOnce(Draft &draft, const std::string &id, const std::string &name, bool declared);
 
-/// The text with the option in no request list, the client's built-in one included, and in no require list.
-std::string withoutRequest(std::string text, const std::string &id, const Reader &reader,
-                           std::vector<std::string> &notes);
+/// Takes the option out of all request lists, the client's built-in one included, and all require lists.
+void requestNowhere(Draft &draft, const std::string &id);
 
-/// The text with the option in no list of that kind; what it asks for otherwise may change by nothing else.
+/// Takes the option out of the lists of the text, and changes nothing else that it asks for.
 enum class Lists { Require, Both };
-std::string withoutListed(std::string text, const std::string &id, Lists lists);
+void unlist(Draft &draft, const std::string &id, Lists lists);
 
 } // namespace DhclientConf
 

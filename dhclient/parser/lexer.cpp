@@ -60,7 +60,8 @@ bool Token::isWord(std::string_view keyword) const
 std::string lower(std::string_view text)
 {
     std::string result(text);
-    std::transform(result.begin(), result.end(), result.begin(), lowerCase);
+    for (char &c : result)
+        c = lowerCase(c);
     return result;
 }
 

@@ -9,7 +9,7 @@ namespace DhclientConf {
 class Parser
 {
 public:
-    explicit Parser(std::string_view text) : m_lexer(text) { m_token = m_lexer.next(); }
+    explicit Parser(std::string_view text) : m_text(text), m_lexer(text) { m_token = m_lexer.next(); }
 
     enum Scope { File, Interface };
     /// Statements up to the end of the text, or up to and without the "}" of a block.
@@ -73,6 +73,7 @@ private:
         Parser &m_parser;
     };
 
+    std::string_view m_text;
     Lexer m_lexer;
     Token m_token;          // the next one, not yet taken
     std::size_t m_end = 0;  // behind the last one taken

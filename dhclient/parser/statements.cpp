@@ -12,7 +12,8 @@ constexpr int DeepestNesting = 100;
 
 std::vector<Statement> parse(std::string_view text)
 {
-    return Parser(text).statements(Parser::File);
+    Parser parser(text);
+    return parser.statements(Parser::File);
 }
 
 Parser::Nesting::Nesting(Parser &parser) : m_parser(parser)
@@ -79,6 +80,8 @@ void Parser::semicolon()
 std::vector<Statement> Parser::statements(Scope scope)
 {
     std::vector<Statement> result;
+    if (scope == File)
+        result.reserve(static_cast<std::size_t>(std::count(m_text.begin(), m_text.end(), ';')));
     while (m_token.kind != Token::End && !(scope == Interface && m_token.isSign('}')))
         result.push_back(statement(scope));
     return result;
