@@ -209,7 +209,7 @@ void noteSharedCodes(Draft &draft, const std::vector<Wish> &wishes)
 void judge(const std::vector<Violation> &before, const Reading &after, const std::vector<Wish> &wishes, Result &result)
 {
     for (const Wish &wish : wishes) {
-        if (wish.request && !after.knows(wish.id))
+        if (wish.request && wish.requestIsLater && !after.knows(wish.id))
             throw Refusal{"cannot request \"" + wish.name + "\": neither the client nor the file knows such an option"};
     }
     if (after.violations().empty())
@@ -241,6 +241,8 @@ Result edit(std::string_view text, const std::vector<Command> &commands, const R
             changeDeclarations(draft, wish);
         const Reading &after = draft.reading();
         judge(before, after, wishes, result);
+        if (result.status != Result::Done)
+            return result;
         noteSharedCodes(draft, wishes);
         for (const std::string &path : after.missing())
             draft.note("the included file \"" + path + "\" cannot be read");

@@ -171,9 +171,10 @@ void Parser::values()
         if (isReserved() && !joined)
             refuse("\";\" expected before \"" + std::string(m_token.text) + "\"");
         if (!joined && m_token.isWord("on")) { // a boolean, or the start of a statement
+            const int line = m_endLine;
             advance();
             if (m_token.kind == Token::Word)
-                refuse("\";\" expected before \"on\"");
+                throw SyntaxError{line, "\";\" expected before \"on\""};
         } else {
             const bool string = m_token.kind == Token::String;
             advance();
