@@ -180,7 +180,7 @@ private slots:
                         {u("domain-search"), "new_domain_search='d'\n"},
                         {u("domain-name"), "new_domain_name='e'\n"}}));
         QCOMPARE(QDir(m_root->path(Values)).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
-                 QStringList({u(".interfaces"), u(".lock"), u("eth0")}));
+                 QStringList({u(".clients"), u(".interfaces"), u(".lock"), u("eth0")}));
         QCOMPARE(mode(interfaceFolder("eth0")), 0755u);
         QCOMPARE(mode(interfaceFolder("eth0") + u("/domain-name")), 0644u);
     }
@@ -324,16 +324,18 @@ private slots:
     void spoiledRecord_data()
     {
         QTest::addColumn<QByteArray>("record");
-        QTest::newRow("empty lines, short lines") << QByteArray("\n\nwlan0\nwlan0 eth0\n \n");
-        QTest::newRow("other folders") << QByteArray("wlan0 ../../x bound -\nbr0 /etc bound -\n");
-        QTest::newRow("foreign folder") << QByteArray("eth0 eth1 bound -\neth1 eth0 bound -\n");
-        QTest::newRow("no text") << QByteArray("\0\xFF\n\xFE \xFF \xFF \xFF 99999999999999999999,x\n", 33);
+        QTest::newRow("empty lines, short lines") << QByteArray("\n\nwlan0\nwlan0 bound\n \n");
+        QTest::newRow("other folders") << QByteArray("wlan0 ../../x\nbr0 /etc\n");
+        QTest::newRow("foreign folder") << QByteArray("eth0 eth1\neth1 eth0\n");
+        QTest::newRow("no client") << QByteArray("eth0 bound x\neth0 bound -1,2\neth0 bound 99999999999999999999,x\n");
+        QTest::newRow("no text") << QByteArray("\0\xFF\n\xFE \xFF \xFF \xFF\n", 12);
     }
 
     void spoiledRecord()
     {
         QFETCH(QByteArray, record);
         m_root->write(Values + u("/.interfaces"), record);
+        m_root->write(Values + u("/.clients"), record);
         run("BOUND", "eth0", "2", {{"new_a", "1"}});
         run("BOUND", "br0", "2", {{"new_a", "2"}});
         QCOMPARE(m_errors, QByteArray());
@@ -688,7 +690,7 @@ private:
             return "told: " + told;
 
         const QStringList known = {u("/errors"), u("/script"), u("/usr"), u("/var"), u("/var/lib"), u("/var/lib/dhcp3"),
-                                   Values, Values + u("/.interfaces"), Values + u("/.lock"), Values + u("/eth0"),
+                                   Values, Values + u("/.clients"), Values + u("/.interfaces"), Values + u("/.lock"), Values + u("/eth0"),
                                    Values + u("/eth1")};
         return strangers(QString(), known);
     }

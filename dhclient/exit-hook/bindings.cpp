@@ -11,10 +11,12 @@
 
 namespace {
 
-constexpr char FileName[] = ".interfaces";
-constexpr char Heading[] = "# interface, folder of its values, lease, client that last bound it\n";
+// Two files: the first changes hardly ever, so that it is whole whenever the machine loses its power.
+constexpr char FoldersFile[] = ".interfaces";
+constexpr char ClientsFile[] = ".clients";
+constexpr char FoldersHeading[] = "# interface, folder of its values\n";
+constexpr char ClientsHeading[] = "# interface, lease, client that last bound it\n";
 constexpr std::array<const char *, 2> Folders = {"eth0", "eth1"};
-constexpr char None[] = "-";
 
 bool isFolder(const std::string &name)
 {
@@ -27,23 +29,31 @@ Bindings::Bindings(const std::string &directory, int descriptor)
     : m_directory(directory)
     , m_descriptor(descriptor)
 {
-    Files::readRegular(descriptor, FileName, m_stored);
-    std::istringstream lines(m_stored);
+    // A line that an editor's hand has spoiled counts as far as it makes sense.
+    Files::readRegular(descriptor, FoldersFile, m_storedFolders);
+    std::istringstream folderLines(m_storedFolders);
     std::string line;
-    while (std::getline(lines, line)) {
+    while (std::getline(folderLines, line)) {
         std::istringstream words(line);
+        std::string interface;
         std::string folder;
+        if (line[0] != '#' && words >> interface >> folder && !find(interface) && isFolder(folder)
+            && isFree(folder) && (!isFolder(interface) || folder == interface))
+            m_bindings.push_back({interface, folder, false, {}});
+    }
+
+    Files::readRegular(descriptor, ClientsFile, m_storedClients);
+    std::istringstream clientLines(m_storedClients);
+    while (std::getline(clientLines, line)) {
+        std::istringstream words(line);
+        std::string interface;
         std::string lease;
         std::string owner;
-        Binding binding;
-        if (line[0] == '#' || !(words >> binding.interface >> folder >> lease >> owner) || find(binding.interface))
+        if (line[0] == '#' || !(words >> interface >> lease >> owner))
             continue;
-        // A line that an editor's hand has spoiled counts as far as it makes sense.
-        if (isFolder(folder) && isFree(folder) && (!isFolder(binding.interface) || folder == binding.interface))
-            binding.folder = folder;
+        Binding &binding = findOrAdd(interface);
         binding.isBound = lease == "bound";
         binding.owner = Client::fromString(owner);
-        m_bindings.push_back(binding);
     }
 }
 
@@ -54,6 +64,14 @@ Bindings::Binding *Bindings::find(const std::string &interface)
     return found == m_bindings.end() ? nullptr : &*found;
 }
 
+Bindings::Binding &Bindings::findOrAdd(const std::string &interface)
+{
+    if (Binding *binding = find(interface))
+        return *binding;
+    m_bindings.push_back({interface, {}, false, {}});
+    return m_bindings.back();
+}
+
 bool Bindings::isFree(const std::string &folder) const
 {
     return std::none_of(m_bindings.begin(), m_bindings.end(),
@@ -62,13 +80,9 @@ bool Bindings::isFree(const std::string &folder) const
 
 Bindings::Binding &Bindings::take(const std::string &interface)
 {
-    Binding *binding = find(interface);
-    if (!binding) {
-        m_bindings.push_back({interface, {}, false, {}});
-        binding = &m_bindings.back();
-    }
-    if (!binding->folder.empty())
-        return *binding;
+    Binding &binding = findOrAdd(interface);
+    if (!binding.folder.empty())
+        return binding;
 
     if (isFolder(interface)) {
         for (Binding &guest : m_bindings) {
@@ -80,14 +94,14 @@ Bindings::Binding &Bindings::take(const std::string &interface)
             if (!guest.folder.empty())
                 ValueFolder::move(previous, m_directory + "/" + guest.folder);
         }
-        binding->folder = interface;
+        binding.folder = interface;
     } else {
         for (const std::string folder : Folders) {
-            if (binding->folder.empty() && isFree(folder))
-                binding->folder = folder;
+            if (binding.folder.empty() && isFree(folder))
+                binding.folder = folder;
         }
     }
-    return *binding;
+    return binding;
 }
 
 std::string Bindings::folderOf(const std::string &interface) const
@@ -112,12 +126,14 @@ std::vector<Client> Bindings::owners() const
 
 bool Bindings::save()
 {
-    std::string text = Heading;
+    std::string folders = FoldersHeading;
+    std::string clients = ClientsHeading;
     for (const Binding &binding : m_bindings) {
-        if (binding.folder.empty() && !binding.owner.isAlive())
-            continue;
-        text += binding.interface + " " + (binding.folder.empty() ? None : binding.folder) + " "
-            + (binding.isBound ? "bound" : "lost") + " " + binding.owner.toString() + "\n";
+        if (!binding.folder.empty())
+            folders += binding.interface + " " + binding.folder + "\n";
+        if (binding.owner.isAlive())
+            clients += binding.interface + (binding.isBound ? " bound " : " lost ") + binding.owner.toString() + "\n";
     }
-    return text == m_stored || Files::replace(m_descriptor, FileName, text, true);
+    return (folders == m_storedFolders || Files::replace(m_descriptor, FoldersFile, folders))
+        && (clients == m_storedClients || Files::replace(m_descriptor, ClientsFile, clients));
 }

@@ -108,7 +108,7 @@ bool Files::makeFolders(const std::string &path)
     }
 }
 
-bool Files::replace(int folder, const std::string &name, std::string_view content, bool flushed)
+bool Files::replace(int folder, const std::string &name, std::string_view content)
 {
     ::unlinkat(folder, Unfinished, 0);
     int saved = 0;
@@ -116,15 +116,11 @@ bool Files::replace(int folder, const std::string &name, std::string_view conten
         const Descriptor file(::openat(folder, Unfinished, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
         if (file.get() < 0)
             return false;
-        if (!writeAll(file.get(), content) || ::fchmod(file.get(), 0644) != 0
-            || (flushed && ::fsync(file.get()) != 0))
+        if (!writeAll(file.get(), content) || ::fchmod(file.get(), 0644) != 0)
             saved = errno;
     }
-    if (saved == 0 && ::renameat(folder, Unfinished, folder, name.c_str()) == 0) {
-        if (flushed)
-            ::fsync(folder);
+    if (saved == 0 && ::renameat(folder, Unfinished, folder, name.c_str()) == 0)
         return true;
-    }
     if (saved == 0)
         saved = errno;
     ::unlinkat(folder, Unfinished, 0);

@@ -39,9 +39,9 @@ std::string linkTarget(const std::string &path);
 
 /// Makes the folder and those above it, mode 0755 whatever the umask; what exists stays as it is.
 bool makeFolders(const std::string &path);
-/// Replaces a file of an open folder by one of mode 0644; a reader sees the old one or the new one. With
-/// `flushed`, it has reached the disk before it stands there. On failure errno tells why.
-bool replace(int folder, const std::string &name, std::string_view content, bool flushed);
+/// Replaces a file of an open folder by one of mode 0644; a reader sees the old one or the new one. Not flushed
+/// to disk: the client waits, and the next lease brings all of it again. On failure errno tells why.
+bool replace(int folder, const std::string &name, std::string_view content);
 /// The name under which replace() prepares a file. No option is called so.
 extern const char *const Unfinished;
 

@@ -53,7 +53,7 @@ void ValueFolder::fill(const std::string &path, const std::map<std::string, std:
         std::string previous;
         if (Files::readRegular(folder.get(), name, previous) && previous == content)
             continue;
-        if (!Files::replace(folder.get(), name, content, false)) {
+        if (!Files::replace(folder.get(), name, content)) {
             Files::complain(path + "/" + name, errno);
             ::unlinkat(folder.get(), name.c_str(), 0);
         }
