@@ -44,8 +44,16 @@ QString interfaceFolder(const char *name)
 bool isDangerous(QChar character)
 {
     switch (character.direction()) {
-    case QChar::DirLRE: case QChar::DirLRO: case QChar::DirRLE: case QChar::DirRLO: case QChar::DirPDF:
-    case QChar::DirLRI: case QChar::DirRLI: case QChar::DirFSI: case QChar::DirPDI: case QChar::DirB:
+    case QChar::DirLRE:
+    case QChar::DirLRO:
+    case QChar::DirRLE:
+    case QChar::DirRLO:
+    case QChar::DirPDF:
+    case QChar::DirLRI:
+    case QChar::DirRLI:
+    case QChar::DirFSI:
+    case QChar::DirPDI:
+    case QChar::DirB:
         return true;
     default:
         return character.category() == QChar::Other_Control || character.category() == QChar::Separator_Line;
@@ -62,13 +70,18 @@ public:
         for (const auto &[variable, value] : variables)
             environment.insert(QString::fromUtf8(variable), QString::fromUtf8(value));
         m_process.setProcessEnvironment(environment);
-        m_process.start(u("bash"), QStringList({u("-c"), u("name=$1; shift 1; exec -a \"$name\" \"$0\" \"$@\""),
-                                                u(STAND_IN_PATH), QString::fromUtf8(name)}) + arguments);
+        m_process.start(u("bash"),
+                        QStringList({u("-c"), u("name=$1; shift 1; exec -a \"$name\" \"$0\" \"$@\""),
+                                     u(STAND_IN_PATH), QString::fromUtf8(name)})
+                            + arguments);
         if (!m_process.waitForStarted() || !m_process.waitForReadyRead())
             qFatal("the stand-in does not start");
         QTest::qWait(25); // start times are counted in steps of 10 ms
     }
-    explicit StandIn(const QByteArray &name = "dhclient") : StandIn(name, {u("-1")}) {}
+    explicit StandIn(const QByteArray &name = "dhclient")
+        : StandIn(name, {u("-1")})
+    {
+    }
     ~StandIn()
     {
         m_process.kill();
@@ -108,7 +121,8 @@ private slots:
     {
         QTest::addColumn<QByteArray>("passed"); // as the client passes it
         QTest::addColumn<QString>("shown");
-        const auto same = [](const char *name, const char *text) { QTest::newRow(name) << QByteArray(text) << u(text); };
+        const auto same
+            = [](const char *name, const char *text) { QTest::newRow(name) << QByteArray(text) << u(text); };
         same("address list", "192.0.2.1 192.0.2.2");
         same("raw data", "0:1:ff:41");
         same("empty", "");
@@ -120,25 +134,31 @@ private slots:
         QTest::newRow("single quotes at both ends") << QByteArray("\\'a\\'") << u("'a'");
         QTest::newRow("double quotes at both ends") << QByteArray("\\\"a\\\"") << u("\"a\"");
         QTest::newRow("one quote") << QByteArray("\\'") << u("'");
-        QTest::newRow("command") << QByteArray("\\$(touch ran)\\`touch ran\\`\\';touch ran;\\' \\| touch ran \\& x")
+        QTest::newRow("command") << QByteArray(
+            "\\$(touch ran)\\`touch ran\\`\\';touch ran;\\' \\| touch ran \\& x")
                                  << u("$(touch ran)`touch ran`';touch ran;' | touch ran & x");
         QTest::newRow("unescaped command") << QByteArray("$(touch ran)`touch ran`';touch ran;'\"")
                                            << u("$(touch ran)`touch ran`';touch ran;'\"");
         QTest::newRow("backslash") << QByteArray("C:\\\\x\\\\012") << u("C:\\x\\012");
         QTest::newRow("backslash at the end") << QByteArray("a\\") << u("a\\");
         QTest::newRow("no escape of the client's") << QByteArray("\\q\\12\\777") << u("\\q\\12\\777");
-        QTest::newRow("two, three, four bytes") << QByteArray("\\303\\244\\342\\202\\254\\360\\237\\230\\200")
-                                                << u("\u00E4\u20AC\U0001F600");
+        QTest::newRow("two, three, four bytes")
+            << QByteArray("\\303\\244\\342\\202\\254\\360\\237\\230\\200") << u("\u00E4\u20AC\U0001F600");
         QTest::newRow("line ends") << QByteArray("a\\012b\\015c") << u("a\\012b\\015c");
-        QTest::newRow("unescaped line ends") << QByteArray("a\nnew_x='y'\r\n") << u("a\\012new_x='y'\\015\\012");
-        QTest::newRow("other line ends") << QByteArray("\\302\\205\\342\\200\\250") << u("\\302\\205\\342\\200\\250");
-        QTest::newRow("tab, escape, delete, zero") << QByteArray("\\011\\033[2J\\177\\000x")
-                                                   << u("\\011\\033[2J\\177\\000x");
-        QTest::newRow("direction") << QByteArray("\\342\\200\\256x\\342\\201\\246") << u("\\342\\200\\256x\\342\\201\\246");
-        QTest::newRow("invisible") << QByteArray("\\357\\273\\277a\\342\\200\\213") << u("\\357\\273\\277a\\342\\200\\213");
+        QTest::newRow("unescaped line ends")
+            << QByteArray("a\nnew_x='y'\r\n") << u("a\\012new_x='y'\\015\\012");
+        QTest::newRow("other line ends")
+            << QByteArray("\\302\\205\\342\\200\\250") << u("\\302\\205\\342\\200\\250");
+        QTest::newRow("tab, escape, delete, zero")
+            << QByteArray("\\011\\033[2J\\177\\000x") << u("\\011\\033[2J\\177\\000x");
+        QTest::newRow("direction") << QByteArray("\\342\\200\\256x\\342\\201\\246")
+                                   << u("\\342\\200\\256x\\342\\201\\246");
+        QTest::newRow("invisible") << QByteArray("\\357\\273\\277a\\342\\200\\213")
+                                   << u("\\357\\273\\277a\\342\\200\\213");
         QTest::newRow("joiner") << QByteArray("\\342\\200\\214") << u("\u200C");
         QTest::newRow("no UTF-8") << QByteArray("\\377a\\200\\303") << u("\\377a\\200\\303");
-        QTest::newRow("overlong") << QByteArray("\\300\\257\\340\\200\\257") << u("\\300\\257\\340\\200\\257");
+        QTest::newRow("overlong") << QByteArray("\\300\\257\\340\\200\\257")
+                                  << u("\\300\\257\\340\\200\\257");
         QTest::newRow("surrogate") << QByteArray("\\355\\240\\200") << u("\\355\\240\\200");
         QTest::newRow("beyond Unicode") << QByteArray("\\364\\220\\200\\200") << u("\\364\\220\\200\\200");
         QByteArray binary;
@@ -161,15 +181,32 @@ private slots:
     void names()
     {
         run("BOUND", "eth0", "2",
-            {{"new_domain_name_servers", "a"}, {"new_unknown_228", "b"}, {"new_x-y", "c"}, {"new_interface_mtu", "500"},
-             {"new_domain_search", "d"}, {"new_domain_name", "e"},
+            {{"new_domain_name_servers", "a"},
+             {"new_unknown_228", "b"},
+             {"new_x-y", "c"},
+             {"new_interface_mtu", "500"},
+             {"new_domain_search", "d"},
+             {"new_domain_name", "e"},
              // set by the client, yet no options
-             {"new_ip_address", "192.0.2.9"}, {"new_expiry", "1"}, {"new_network_number", "192.0.2.0"},
-             {"new_filename", "f"}, {"new_server_name", "g"}, {"new_next_server", "192.0.2.1"},
-             {"old_routers", "h"}, {"requested_routers", "1"}, {"alias_ip_address", "i"},
+             {"new_ip_address", "192.0.2.9"},
+             {"new_expiry", "1"},
+             {"new_network_number", "192.0.2.0"},
+             {"new_filename", "f"},
+             {"new_server_name", "g"},
+             {"new_next_server", "192.0.2.1"},
+             {"old_routers", "h"},
+             {"requested_routers", "1"},
+             {"alias_ip_address", "i"},
              // no names of options
-             {"new_", "j"}, {"new_.interfaces", "k"}, {"new_..", "l"}, {"new_../../x", "m"}, {"new_/x", "n"},
-             {"new__x", "o"}, {"new_a b", "p"}, {"new_a\nb", "q"}, {"new_\xFF", "r"},
+             {"new_", "j"},
+             {"new_.interfaces", "k"},
+             {"new_..", "l"},
+             {"new_../../x", "m"},
+             {"new_/x", "n"},
+             {"new__x", "o"},
+             {"new_a b", "p"},
+             {"new_a\nb", "q"},
+             {"new_\xFF", "r"},
              {"new_" + QByteArray(201, 'x'), "s"}});
         QCOMPARE(m_errors, QByteArray());
         QCOMPARE(files(interfaceFolder("eth0")),
@@ -188,9 +225,11 @@ private slots:
     // Debian's script blanks a small MTU and puts the domain before the search list, ahead of the hooks.
     void changedByTheScript()
     {
-        m_root->write(u("/script"), "#!/bin/sh\nnew_interface_mtu=''\nnew_domain_search=\"x $new_domain_search\"\n"
-                                    "new_added=y\nexport new_added\nunset new_host_name\n. \"" HOOK_PATH "\"\n");
-        run("BOUND", "eth0", "2", {{"new_interface_mtu", "500"}, {"new_domain_search", "d"}, {"new_host_name", "h"}});
+        m_root->write(u("/script"),
+                      "#!/bin/sh\nnew_interface_mtu=''\nnew_domain_search=\"x $new_domain_search\"\n"
+                      "new_added=y\nexport new_added\nunset new_host_name\n. \"" HOOK_PATH "\"\n");
+        run("BOUND", "eth0", "2",
+            {{"new_interface_mtu", "500"}, {"new_domain_search", "d"}, {"new_host_name", "h"}});
         QCOMPARE(files(interfaceFolder("eth0")),
                  Files({{u("interface-mtu"), "new_interface_mtu='500'\n"},
                         {u("domain-search"), "new_domain_search='d'\n"},
@@ -212,12 +251,14 @@ private slots:
         for (const QByteArray reason : {"RENEW", "REBIND"}) {
             QTest::newRow(reason) << reason << false << true << fresh;
             QTest::newRow(QByteArray(reason + " of another").constData()) << reason << true << true << old;
-            QTest::newRow(QByteArray(reason + " of another, owner gone").constData()) << reason << true << false << fresh;
+            QTest::newRow(QByteArray(reason + " of another, owner gone").constData())
+                << reason << true << false << fresh;
         }
         for (const QByteArray reason : {"EXPIRE", "FAIL", "RELEASE", "STOP", "V6ONLY"}) {
             QTest::newRow(reason) << reason << false << true << QByteArray();
             QTest::newRow(QByteArray(reason + " of another").constData()) << reason << true << true << old;
-            QTest::newRow(QByteArray(reason + " of another, owner gone").constData()) << reason << true << false << QByteArray();
+            QTest::newRow(QByteArray(reason + " of another, owner gone").constData())
+                << reason << true << false << QByteArray();
         }
         for (const QByteArray reason : {"PREINIT", "MEDIUM", "NBI", "BOUND6", "RENEW6", "REBIND6", "EXPIRE6",
                                         "RELEASE6", "STOP6", "PREINIT6", "DEPREF6", "", "bound", "BOUND "})
@@ -263,7 +304,7 @@ private slots:
     void rememberedLease_data()
     {
         QTest::addColumn<QByteArray>("address");
-                QTest::newRow("address is there") << QByteArray("127.0.0.1");
+        QTest::newRow("address is there") << QByteArray("127.0.0.1");
         QTest::newRow("address is not there") << QByteArray("192.0.2.9");
     }
 
@@ -272,13 +313,14 @@ private slots:
         QFETCH(QByteArray, address);
         run("BOUND", "lo", "2", {{"new_a", "1"}});
         run("TIMEOUT", "lo", "2", {{"new_ip_address", address}, {"new_a", "2"}});
-        QCOMPARE(!files(interfaceFolder("eth0")).isEmpty(), QTest::currentDataTag() == QByteArray("address is there"));
+        QCOMPARE(!files(interfaceFolder("eth0")).isEmpty(),
+                 QTest::currentDataTag() == QByteArray("address is there"));
     }
 
     void interfaces_data()
     {
         QTest::addColumn<QStringList>("events"); // interface, or "-" and the interface for a lost lease
-        QTest::addColumn<QString>("first");      // whose values are there at the end
+        QTest::addColumn<QString>("first"); // whose values are there at the end
         QTest::addColumn<QString>("second");
         const auto row = [](const char *events, const char *first, const char *second) {
             QTest::newRow(events) << u(events).split(QLatin1Char(' ')) << u(first) << u(second);
@@ -327,7 +369,8 @@ private slots:
         QTest::newRow("empty lines, short lines") << QByteArray("\n\nwlan0\nwlan0 bound\n \n");
         QTest::newRow("other folders") << QByteArray("wlan0 ../../x\nbr0 /etc\n");
         QTest::newRow("foreign folder") << QByteArray("eth0 eth1\neth1 eth0\n");
-        QTest::newRow("no client") << QByteArray("eth0 bound x\neth0 bound -1,2\neth0 bound 99999999999999999999,x\n");
+        QTest::newRow("no client") << QByteArray(
+            "eth0 bound x\neth0 bound -1,2\neth0 bound 99999999999999999999,x\n");
         QTest::newRow("no text") << QByteArray("\0\xFF\n\xFE \xFF \xFF \xFF\n", 12);
     }
 
@@ -353,20 +396,24 @@ private slots:
         const QByteArray dhclient("dhclient");
         QTest::newRow("bound") << dhclient << once << QByteArray("BOUND") << true;
         QTest::newRow("bound again") << dhclient << once << QByteArray("REBOOT") << true;
-        QTest::newRow("with its path") << QByteArray("/usr/sbin/dhclient") << once << QByteArray("BOUND") << true;
+        QTest::newRow("with its path")
+            << QByteArray("/usr/sbin/dhclient") << once << QByteArray("BOUND") << true;
         QTest::newRow("lost") << dhclient << once << QByteArray("FAIL") << false;
         QTest::newRow("starting") << dhclient << once << QByteArray("PREINIT") << false;
-        QTest::newRow("other arguments") << dhclient << QStringList({u("-1"), u("-v")}) << QByteArray("BOUND") << false;
-        QTest::newRow("one argument with a blank") << dhclient << QStringList(u("-1 ")) << QByteArray("BOUND") << false;
-        QTest::newRow("an empty argument more") << dhclient << QStringList({u("-1"), QString()}) << QByteArray("BOUND")
-                                                << false;
+        QTest::newRow("other arguments")
+            << dhclient << QStringList({u("-1"), u("-v")}) << QByteArray("BOUND") << false;
+        QTest::newRow("one argument with a blank")
+            << dhclient << QStringList(u("-1 ")) << QByteArray("BOUND") << false;
+        QTest::newRow("an empty argument more")
+            << dhclient << QStringList({u("-1"), QString()}) << QByteArray("BOUND") << false;
         QTest::newRow("no arguments") << dhclient << QStringList() << QByteArray("BOUND") << false;
-        QTest::newRow("network scripts' own") << dhclient << QStringList({u("-4"), u("-pf"), u("/run/x"), u("eth0")})
-                                              << QByteArray("BOUND") << false;
+        QTest::newRow("network scripts' own")
+            << dhclient << QStringList({u("-4"), u("-pf"), u("/run/x"), u("eth0")}) << QByteArray("BOUND")
+            << false;
         QTest::newRow("other name") << QByteArray("xdhclient") << once << QByteArray("BOUND") << false;
         QTest::newRow("folder's name") << QByteArray("dhclient/x") << once << QByteArray("BOUND") << false;
-        QTest::newRow("slash in the argument") << QByteArray("sh") << QStringList({u("/dhclient"), u("-1")})
-                                               << QByteArray("BOUND") << false;
+        QTest::newRow("slash in the argument")
+            << QByteArray("sh") << QStringList({u("/dhclient"), u("-1")}) << QByteArray("BOUND") << false;
     }
 
     void earlierClient()
@@ -412,7 +459,8 @@ private slots:
             QSKIP("needs the right to make a network namespace");
         QProcess earlier;
         earlier.setProgram(u("unshare"));
-        earlier.setArguments({u("-n"), u("bash"), u("-c"), u("exec -a dhclient \"$0\" -1"), u(STAND_IN_PATH)});
+        earlier.setArguments(
+            {u("-n"), u("bash"), u("-c"), u("exec -a dhclient \"$0\" -1"), u(STAND_IN_PATH)});
         earlier.start();
         if (!earlier.waitForReadyRead() || earlier.readAllStandardOutput() != "ready\n")
             QSKIP("no network namespace can be made here");
@@ -432,7 +480,8 @@ private slots:
         QTest::newRow("bound") << QByteArray("BOUND") << QByteArray("0") << QByteArray("ready\nhangup\n");
         QTest::newRow("lost") << QByteArray("EXPIRE") << QByteArray("0") << QByteArray("ready\nhangup\n");
         QTest::newRow("other event") << QByteArray("PREINIT") << QByteArray("0") << QByteArray("ready\n");
-        QTest::newRow("soon ready") << QByteArray("BOUND") << QByteArray("200") << QByteArray("ready\nhangup\n");
+        QTest::newRow("soon ready") << QByteArray("BOUND") << QByteArray("100")
+                                    << QByteArray("ready\nhangup\n");
         QTest::newRow("not ready") << QByteArray("BOUND") << QByteArray() << QByteArray("ready\n");
     }
 
@@ -441,7 +490,8 @@ private slots:
         QFETCH(QByteArray, reason);
         QFETCH(QByteArray, catches);
         QDir().mkpath(m_root->path(u("/run")));
-        Variables variables = {{"STAND_IN_LOCK", QFile::encodeName(m_root->path(u("/run/kiro-dhcp-mgr.lock")))}};
+        Variables variables
+            = {{"STAND_IN_LOCK", QFile::encodeName(m_root->path(u("/run/kiro-dhcp-mgr.lock")))}};
         if (!catches.isNull())
             variables["STAND_IN_CATCH"] = catches;
         StandIn window("kiro-dhcp-mgr", {}, variables);
@@ -470,7 +520,8 @@ private slots:
         QTest::newRow("failing recorder") << QByteArray("#!/bin/sh\nexit 3\n") << QByteArray("BOUND");
         QTest::newRow("dying recorder") << QByteArray("#!/bin/sh\nkill -9 $$\n") << QByteArray("BOUND");
         QTest::newRow("broken recorder") << QByteArray("#!/nonexistent\n") << QByteArray("BOUND");
-        QTest::newRow("reading, talking recorder") << QByteArray("#!/bin/sh\ncat\necho talk\n") << QByteArray("BOUND");
+        QTest::newRow("reading, talking recorder")
+            << QByteArray("#!/bin/sh\ncat\necho talk\n") << QByteArray("BOUND");
     }
 
     // Strict shells notice what the client's own script would not.
@@ -515,19 +566,24 @@ private slots:
     {
         QTest::addColumn<QByteArray>("command");
         QTest::addColumn<bool>("recorded");
-        QTest::newRow("folder is a file") << QByteArray("mkdir -p var/lib/dhcp3; touch var/lib/dhcp3/vars") << false;
-        QTest::newRow("lock is a link") << QByteArray("mkdir -p var/lib/dhcp3/vars; ln -s /x var/lib/dhcp3/vars/.lock")
-                                        << false;
+        QTest::newRow("folder is a file")
+            << QByteArray("mkdir -p var/lib/dhcp3; touch var/lib/dhcp3/vars") << false;
+        QTest::newRow("lock is a link")
+            << QByteArray("mkdir -p var/lib/dhcp3/vars; ln -s /x var/lib/dhcp3/vars/.lock") << false;
         QTest::newRow("lock is a folder") << QByteArray("mkdir -p var/lib/dhcp3/vars/.lock") << false;
         QTest::newRow("value is a folder") << QByteArray("mkdir -p var/lib/dhcp3/vars/eth0/a/b") << false;
         QTest::newRow("value is a link") << QByteArray("mkdir -p var/lib/dhcp3/vars/eth0; touch safe; "
-                                                       "ln -s ../../../../../safe var/lib/dhcp3/vars/eth0/a") << true;
+                                                       "ln -s ../../../../../safe var/lib/dhcp3/vars/eth0/a")
+                                         << true;
         QTest::newRow("value is a pipe") << QByteArray("mkdir -p var/lib/dhcp3/vars/eth0; "
-                                                       "mkfifo var/lib/dhcp3/vars/eth0/a") << true;
+                                                       "mkfifo var/lib/dhcp3/vars/eth0/a")
+                                         << true;
         QTest::newRow("half a file is left") << QByteArray("mkdir -p var/lib/dhcp3/vars/eth0; "
-                                                           "echo x >var/lib/dhcp3/vars/eth0/.unfinished") << true;
+                                                           "echo x >var/lib/dhcp3/vars/eth0/.unfinished")
+                                             << true;
         QTest::newRow("value with other mode") << QByteArray("mkdir -p var/lib/dhcp3/vars/eth0; umask 077; "
-                                                             "echo \"new_a='1'\" >var/lib/dhcp3/vars/eth0/a") << true;
+                                                             "echo \"new_a='1'\" >var/lib/dhcp3/vars/eth0/a")
+                                               << true;
     }
 
     void obstacles()
@@ -574,7 +630,8 @@ private slots:
             for (int option = 0; option < 200; ++option)
                 variables["new_option_" + QByteArray::number(option)] = QByteArray::number(i);
             hooks.push_back(std::make_unique<QProcess>());
-            hooks.back()->setProcessEnvironment(environmentFor("BOUND", i % 2 ? "enp3s0" : "wlan0", "2", variables));
+            hooks.back()->setProcessEnvironment(
+                environmentFor("BOUND", i % 2 ? "enp3s0" : "wlan0", "2", variables));
             hooks.back()->start(u("dash"), {m_root->path(u("/script"))});
         }
         for (const auto &hook : hooks) {
@@ -607,7 +664,9 @@ private slots:
     // Longer with HOOK_FUZZ_SECONDS in the environment. The seed is told, and may be given as HOOK_FUZZ_SEED.
     void hostileEnvironments()
     {
-        const int seconds = qEnvironmentVariableIsSet("HOOK_FUZZ_SECONDS") ? qEnvironmentVariableIntValue("HOOK_FUZZ_SECONDS") : 3;
+        const int seconds = qEnvironmentVariableIsSet("HOOK_FUZZ_SECONDS")
+            ? qEnvironmentVariableIntValue("HOOK_FUZZ_SECONDS")
+            : 3;
         const quint32 seed = qEnvironmentVariableIsSet("HOOK_FUZZ_SEED")
             ? static_cast<quint32>(qEnvironmentVariableIntValue("HOOK_FUZZ_SEED"))
             : QRandomGenerator::global()->generate();
@@ -623,10 +682,12 @@ private slots:
                 variables.push_back("new_" + noise(random, 12, true) + '=' + noise(random, 300, false));
             const QByteArray reasons[] = {"BOUND", "RENEW", "EXPIRE", "TIMEOUT", noise(random, 6, false)};
             variables.push_back("reason=" + reasons[random.bounded(5)]);
-            variables.push_back("interface=" + (random.bounded(2) ? QByteArray("eth0") : noise(random, 6, false)));
+            variables.push_back("interface="
+                                + (random.bounded(2) ? QByteArray("eth0") : noise(random, 6, false)));
             variables.push_back("pid=" + (random.bounded(2) ? client.pid() : noise(random, 6, false)));
             const QByteArray failure = runRaw(variables);
-            const QByteArray where = " (seed " + QByteArray::number(seed) + ", run " + QByteArray::number(runs) + ')';
+            const QByteArray where
+                = " (seed " + QByteArray::number(seed) + ", run " + QByteArray::number(runs) + ')';
             QVERIFY2(failure.isEmpty(), QByteArray(failure + where).constData());
         }
         QVERIFY(client.lives());
@@ -634,8 +695,8 @@ private slots:
     }
 
 private:
-    QProcessEnvironment environmentFor(const QByteArray &reason, const QByteArray &interface, const QByteArray &pid,
-                                       const Variables &variables) const
+    QProcessEnvironment environmentFor(const QByteArray &reason, const QByteArray &interface,
+                                       const QByteArray &pid, const Variables &variables) const
     {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert(u("reason"), QString::fromUtf8(reason));
@@ -646,7 +707,8 @@ private:
         return environment;
     }
 
-    void run(const QByteArray &reason, const QByteArray &interface, const QByteArray &pid, const Variables &variables)
+    void run(const QByteArray &reason, const QByteArray &interface, const QByteArray &pid,
+             const Variables &variables)
     {
         QProcess shell;
         shell.setProcessEnvironment(environmentFor(reason, interface, pid, variables));
@@ -659,7 +721,8 @@ private:
         m_errors = shell.readAllStandardError();
     }
 
-    /// Runs the hook with variables of any bytes. Tells what is wrong with the outcome; empty when nothing is.
+    /// Runs the hook with variables of any bytes. Tells what is wrong with the outcome; empty when nothing
+    /// is.
     QByteArray runRaw(const std::vector<QByteArray> &variables)
     {
         const QByteArray script = QFile::encodeName(m_root->path(u("/script")));
@@ -689,8 +752,17 @@ private:
         if (!told.isEmpty())
             return "told: " + told;
 
-        const QStringList known = {u("/errors"), u("/script"), u("/usr"), u("/var"), u("/var/lib"), u("/var/lib/dhcp3"),
-                                   Values, Values + u("/.clients"), Values + u("/.interfaces"), Values + u("/.lock"), Values + u("/eth0"),
+        const QStringList known = {u("/errors"),
+                                   u("/script"),
+                                   u("/usr"),
+                                   u("/var"),
+                                   u("/var/lib"),
+                                   u("/var/lib/dhcp3"),
+                                   Values,
+                                   Values + u("/.clients"),
+                                   Values + u("/.interfaces"),
+                                   Values + u("/.lock"),
+                                   Values + u("/eth0"),
                                    Values + u("/eth1")};
         return strangers(QString(), known);
     }
@@ -698,8 +770,9 @@ private:
     /// What is below a folder of the root and neither known nor a sound variable file.
     QByteArray strangers(const QString &folder, const QStringList &known) const
     {
-        const auto entries = QDir(m_root->path(folder))
-                                 .entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+        const auto entries
+            = QDir(m_root->path(folder))
+                  .entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
         for (const QFileInfo &entry : entries) {
             const QString path = folder + QLatin1Char('/') + entry.fileName();
             if (folder == Values + u("/eth0") || folder == Values + u("/eth1")) {
@@ -724,9 +797,35 @@ private:
 
     static QByteArray noise(QRandomGenerator &random, int longest, bool name)
     {
-        static const char *const Pieces[] = {"\\", "\\303", "\\244", "\\012", "\\'", "'", "\"", "$(touch ran)", "`touch ran`",
-                                             ";touch ran;", "\n", "\r", "/", "../", ".", "#", "=", " ", "\t", "\xC3\xA4",
-                                             "\xE2\x80\xAE", "\xFF", "\x1B[2J", "|", "&", ">ran", "\\342\\200", "a", "0"};
+        static const char *const Pieces[] = {"\\",
+                                             "\\303",
+                                             "\\244",
+                                             "\\012",
+                                             "\\'",
+                                             "'",
+                                             "\"",
+                                             "$(touch ran)",
+                                             "`touch ran`",
+                                             ";touch ran;",
+                                             "\n",
+                                             "\r",
+                                             "/",
+                                             "../",
+                                             ".",
+                                             "#",
+                                             "=",
+                                             " ",
+                                             "\t",
+                                             "\xC3\xA4",
+                                             "\xE2\x80\xAE",
+                                             "\xFF",
+                                             "\x1B[2J",
+                                             "|",
+                                             "&",
+                                             ">ran",
+                                             "\\342\\200",
+                                             "a",
+                                             "0"};
         QByteArray text;
         for (int size = random.bounded(longest); text.size() < size;) {
             const int choice = random.bounded(name ? 8 : 3);
@@ -746,7 +845,8 @@ private:
     {
         Files found;
         const QDir directory(m_root->path(folder));
-        for (const QString &name : directory.entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot))
+        for (const QString &name :
+             directory.entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot))
             found.insert(name, content(folder + QLatin1Char('/') + name));
         return found;
     }
@@ -760,7 +860,9 @@ private:
     unsigned mode(const QString &fixedPath) const
     {
         struct stat status = {};
-        return ::stat(QFile::encodeName(m_root->path(fixedPath)).constData(), &status) == 0 ? status.st_mode & 07777u : 0;
+        return ::stat(QFile::encodeName(m_root->path(fixedPath)).constData(), &status) == 0
+            ? status.st_mode & 07777u
+            : 0;
     }
 
     std::unique_ptr<TrialRoot> m_root;

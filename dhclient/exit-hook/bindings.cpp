@@ -132,7 +132,8 @@ bool Bindings::save()
         if (!binding.folder.empty())
             folders += binding.interface + " " + binding.folder + "\n";
         if (binding.owner.isAlive())
-            clients += binding.interface + (binding.isBound ? " bound " : " lost ") + binding.owner.toString() + "\n";
+            clients += binding.interface + (binding.isBound ? " bound " : " lost ") + binding.owner.toString()
+                + "\n";
     }
     return (folders == m_storedFolders || Files::replace(m_descriptor, FoldersFile, folders))
         && (clients == m_storedClients || Files::replace(m_descriptor, ClientsFile, clients));

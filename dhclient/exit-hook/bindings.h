@@ -9,10 +9,10 @@
 /// Which interface's values are in which of the two folders, and which client last bound each interface. Kept
 /// in two files beside the folders.
 ///
-/// eth0 and eth1 have the folders of their names. Another interface is a guest: it takes the first folder that
-/// nobody has and stays there, over restarts too, until its line is deleted by hand. When the folder's own
-/// interface gets a lease later, the guest moves to the other folder, values and all, or has none if that is
-/// taken. An interface without a folder looks for one again at each of its leases.
+/// eth0 and eth1 have the folders of their names. Another interface is a guest: it takes the first folder
+/// that nobody has and stays there, over restarts too, until its line is deleted by hand. When the folder's
+/// own interface gets a lease later, the guest moves to the other folder, values and all, or has none if that
+/// is taken. An interface without a folder looks for one again at each of its leases.
 class Bindings
 {
 public:

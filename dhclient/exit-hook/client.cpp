@@ -34,8 +34,8 @@ unsigned long long startTime(pid_t pid)
     return number<unsigned long long>(Procfs::stat(pid, StartTimeField));
 }
 
-/// The arguments as the program starts the client. It finds the client on the search path and hands on the path
-/// that it found as the client's own name.
+/// The arguments as the program starts the client. It finds the client on the search path and hands on the
+/// path that it found as the client's own name.
 bool isOurCommandLine(const std::string &arguments)
 {
     using std::string_view_literals::operator""sv;
@@ -52,7 +52,8 @@ bool isOfOurTrial(pid_t pid)
     if (!Paths::hasRoot())
         return true;
     const std::string variable = std::string("KIRO_DHCP_MGR_ROOT=") + std::getenv("KIRO_DHCP_MGR_ROOT");
-    return (std::string(1, '\0') + Procfs::read(pid, "environ")).find('\0' + variable + '\0') != std::string::npos;
+    return (std::string(1, '\0') + Procfs::read(pid, "environ")).find('\0' + variable + '\0')
+        != std::string::npos;
 }
 
 } // namespace
@@ -103,7 +104,8 @@ bool Client::isEarlier(pid_t other, const std::vector<Client> &spared) const
     return start > 0 && start <= startTime(m_pid) && !descendsFrom(other)
         && std::find(spared.begin(), spared.end(), running(other)) == spared.end()
         && isOurCommandLine(Procfs::read(other, "cmdline")) && Procfs::isOfOurUser(other)
-        && Procfs::sharesNamespace(other, "net") && Procfs::sharesNamespace(other, "pid") && isOfOurTrial(other);
+        && Procfs::sharesNamespace(other, "net") && Procfs::sharesNamespace(other, "pid")
+        && isOfOurTrial(other);
 }
 
 void Client::endEarlierOnes(const std::vector<Client> &spared) const

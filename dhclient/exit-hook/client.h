@@ -23,9 +23,9 @@ public:
     bool operator==(const Client &other) const { return m_identity == other.m_identity; }
     bool operator!=(const Client &other) const { return !(*this == other); }
 
-    /// Ends the clients that were started as "dhclient -1", not after this one and beside it, and that are none
-    /// of `spared`. Only our own user's, and only in our network and process namespaces; from a trial root, only
-    /// those that run with the same root.
+    /// Ends the clients that were started as "dhclient -1", not after this one and beside it, and that are
+    /// none of `spared`. Only our own user's, and only in our network and process namespaces; from a trial
+    /// root, only those that run with the same root.
     ///
     /// They are killed: at any milder signal the client gives its lease back to the server.
     void endEarlierOnes(const std::vector<Client> &spared) const;

@@ -113,7 +113,8 @@ bool Files::replace(int folder, const std::string &name, std::string_view conten
     ::unlinkat(folder, Unfinished, 0);
     int saved = 0;
     {
-        const Descriptor file(::openat(folder, Unfinished, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
+        const Descriptor file(
+            ::openat(folder, Unfinished, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
         if (file.get() < 0)
             return false;
         if (!writeAll(file.get(), content) || ::fchmod(file.get(), 0644) != 0)

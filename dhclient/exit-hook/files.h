@@ -26,7 +26,8 @@ private:
 
 namespace Files {
 
-/// A line on standard error and, outside of trial roots, in the system log: the client runs without a terminal.
+/// A line on standard error and, outside of trial roots, in the system log: the client runs without a
+/// terminal.
 void complain(const std::string &what, int errorNumber);
 
 /// The whole file; empty when it cannot be read.
@@ -39,8 +40,8 @@ std::string linkTarget(const std::string &path);
 
 /// Makes the folder and those above it, mode 0755 whatever the umask; what exists stays as it is.
 bool makeFolders(const std::string &path);
-/// Replaces a file of an open folder by one of mode 0644; a reader sees the old one or the new one. Not flushed
-/// to disk: the client waits, and the next lease brings all of it again. On failure errno tells why.
+/// Replaces a file of an open folder by one of mode 0644; a reader sees the old one or the new one. Not
+/// flushed to disk: the client waits, and the next lease brings all of it again. On failure errno tells why.
 bool replace(int folder, const std::string &name, std::string_view content);
 /// The name under which replace() prepares a file. No option is called so.
 extern const char *const Unfinished;

@@ -16,8 +16,8 @@ constexpr std::string_view Prefix = "new_";
 constexpr std::size_t LongestOptionName = 200;
 
 // These the client sets beside the options, from the fixed part of the message or by its own reckoning.
-constexpr std::string_view NoOptions[] = {"expiry", "filename", "ip_address", "network_number", "next_server",
-                                          "server_name"};
+constexpr std::string_view NoOptions[]
+    = {"expiry", "filename", "ip_address", "network_number", "next_server", "server_name"};
 
 bool isLetterOrDigit(char character)
 {
@@ -28,7 +28,8 @@ bool isLetterOrDigit(char character)
 bool isOptionName(std::string_view name)
 {
     return !name.empty() && name.size() <= LongestOptionName && isLetterOrDigit(name.front())
-        && std::all_of(name.begin(), name.end(), [](char c) { return isLetterOrDigit(c) || c == '_' || c == '-'; })
+        && std::all_of(name.begin(), name.end(),
+                       [](char c) { return isLetterOrDigit(c) || c == '_' || c == '-'; })
         && std::find(std::begin(NoOptions), std::end(NoOptions), name) == std::end(NoOptions);
 }
 
@@ -68,10 +69,11 @@ bool lacksAddress(const std::string &interface, const std::string &address)
 LeaseEvent::Kind kindOf(std::string_view reason)
 {
     using Kind = LeaseEvent::Kind;
-    constexpr std::pair<std::string_view, Kind> Reasons[] = {
-        {"BOUND", Kind::Bound}, {"REBOOT", Kind::Bound}, {"TIMEOUT", Kind::Bound}, {"RENEW", Kind::Renewed},
-        {"REBIND", Kind::Renewed}, {"EXPIRE", Kind::Lost}, {"FAIL", Kind::Lost}, {"RELEASE", Kind::Lost},
-        {"STOP", Kind::Lost}, {"V6ONLY", Kind::Lost}};
+    constexpr std::pair<std::string_view, Kind> Reasons[]
+        = {{"BOUND", Kind::Bound},   {"REBOOT", Kind::Bound},   {"TIMEOUT", Kind::Bound},
+           {"RENEW", Kind::Renewed}, {"REBIND", Kind::Renewed}, {"EXPIRE", Kind::Lost},
+           {"FAIL", Kind::Lost},     {"RELEASE", Kind::Lost},   {"STOP", Kind::Lost},
+           {"V6ONLY", Kind::Lost}};
     for (const auto &[name, kind] : Reasons) {
         if (name == reason)
             return kind;

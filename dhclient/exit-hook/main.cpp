@@ -35,8 +35,10 @@ void fillStandardDescriptors()
 
 LeaseEvent eventOf(const char *script)
 {
-    const std::string variables = Procfs::isOurs() ? Procfs::read(std::atoi(script), "environ") : std::string();
-    if (variables.compare(0, 7, "reason=") == 0 || variables.find(std::string("\0reason=", 8)) != std::string::npos)
+    const std::string variables
+        = Procfs::isOurs() ? Procfs::read(std::atoi(script), "environ") : std::string();
+    if (variables.compare(0, 7, "reason=") == 0
+        || variables.find(std::string("\0reason=", 8)) != std::string::npos)
         return LeaseEvent::fromEnvironment(variables);
     // Somebody has sourced the hook in a shell of their own.
     std::string exported;
@@ -67,7 +69,8 @@ bool record(const LeaseEvent &event, const std::string &directory, int descripto
     Bindings bindings(directory, descriptor);
     const Client client = Client::running(event.pid);
     Bindings::Binding *binding = bindings.find(event.interface);
-    if (event.kind != LeaseEvent::Kind::Bound && binding && binding->owner != client && binding->owner.isAlive())
+    if (event.kind != LeaseEvent::Kind::Bound && binding && binding->owner != client
+        && binding->owner.isAlive())
         return false;
 
     if (event.kind == LeaseEvent::Kind::Lost) {

@@ -34,7 +34,8 @@ std::string Procfs::status(pid_t pid, std::string_view name)
     std::istringstream lines(read(pid, "status"));
     std::string line;
     while (std::getline(lines, line)) {
-        if (line.size() > name.size() && line.compare(0, name.size(), name) == 0 && line[name.size()] == ':') {
+        if (line.size() > name.size() && line.compare(0, name.size(), name) == 0
+            && line[name.size()] == ':') {
             const std::size_t begin = line.find_first_not_of(" \t", name.size() + 1);
             return begin == std::string::npos ? std::string() : line.substr(begin);
         }

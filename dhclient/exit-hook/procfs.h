@@ -7,10 +7,12 @@
 #include <string>
 #include <string_view>
 
-/// What proc(5) tells about other processes. Every answer is empty when the process is gone or may not be asked.
+/// What proc(5) tells about other processes. Every answer is empty when the process is gone or may not be
+/// asked.
 namespace Procfs {
 
-/// Whether /proc is there and numbers the processes as the system calls do; nothing below is of use otherwise.
+/// Whether /proc is there and numbers the processes as the system calls do; nothing below is of use
+/// otherwise.
 bool isOurs();
 
 std::string read(pid_t pid, const char *file);

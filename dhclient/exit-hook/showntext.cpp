@@ -13,11 +13,11 @@ struct Range
 // Controls, invisible format characters, line and paragraph separators, private use, noncharacters, what is
 // beyond Unicode. The two joiners U+200C and U+200D are left out: Persian, the Indic scripts and composed
 // pictographs are written with them.
-constexpr Range Unshown[] = {
-    {0x00, 0x1F}, {0x7F, 0x9F}, {0xAD, 0xAD}, {0x061C, 0x061C}, {0x115F, 0x1160}, {0x180E, 0x180E},
-    {0x200B, 0x200B}, {0x200E, 0x200F}, {0x2028, 0x202E}, {0x2060, 0x206F}, {0x3164, 0x3164}, {0xD800, 0xF8FF},
-    {0xFDD0, 0xFDEF}, {0xFEFF, 0xFEFF}, {0xFFA0, 0xFFA0}, {0xFFF0, 0xFFFB}, {0x1BCA0, 0x1BCA3},
-    {0x1D173, 0x1D17A}, {0xE0000, 0x1FFFFF}};
+constexpr Range Unshown[]
+    = {{0x00, 0x1F},     {0x7F, 0x9F},       {0xAD, 0xAD},       {0x061C, 0x061C},   {0x115F, 0x1160},
+       {0x180E, 0x180E}, {0x200B, 0x200B},   {0x200E, 0x200F},   {0x2028, 0x202E},   {0x2060, 0x206F},
+       {0x3164, 0x3164}, {0xD800, 0xF8FF},   {0xFDD0, 0xFDEF},   {0xFEFF, 0xFEFF},   {0xFFA0, 0xFFA0},
+       {0xFFF0, 0xFFFB}, {0x1BCA0, 0x1BCA3}, {0x1D173, 0x1D17A}, {0xE0000, 0x1FFFFF}};
 
 bool isShown(char32_t character)
 {
@@ -45,7 +45,8 @@ std::string unescaped(std::string_view text)
             && isOctal(rest[3], '7')) {
             bytes += static_cast<char>((rest[1] - '0') * 64 + (rest[2] - '0') * 8 + (rest[3] - '0'));
             i += 3;
-        } else if (rest[0] == '\\' && rest.size() >= 2 && EscapedByClient.find(rest[1]) != std::string_view::npos) {
+        } else if (rest[0] == '\\' && rest.size() >= 2
+                   && EscapedByClient.find(rest[1]) != std::string_view::npos) {
             bytes += rest[1];
             ++i;
         } else {

@@ -4,8 +4,8 @@
 #include <map>
 #include <string>
 
-/// The variable files of one interface. Everything in such a folder is ours, but for names that begin with a dot
-/// and for folders.
+/// The variable files of one interface. Everything in such a folder is ours, but for names that begin with a
+/// dot and for folders.
 namespace ValueFolder {
 
 /// Makes the folder hold exactly these values, by file name. What cannot be written is told, and then has no

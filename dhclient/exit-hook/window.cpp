@@ -38,14 +38,16 @@ void Window::refresh()
                                      O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
     if (lockFile.get() < 0 || !Procfs::isOurs())
         return;
-    // While it loads, the signal would end it; yet it may have read the old values already, so it gets a moment.
-    constexpr int Attempts = 25;
+    // While it loads, the signal would end it; yet it may have read the old values already, so it gets a
+    // moment.
+    constexpr int Attempts = 50;
     constexpr timespec Pause = {0, 20'000'000};
     for (int attempt = 0; attempt < Attempts; ++attempt) {
         const pid_t pid = lockHolder(lockFile.get());
         if (pid == 0 || !Procfs::isOfOurUser(pid))
             return;
-        if (Procfs::signalIf(pid, SIGHUP, [&] { return lockHolder(lockFile.get()) == pid && catchesHangup(pid); }))
+        if (Procfs::signalIf(pid, SIGHUP,
+                             [&] { return lockHolder(lockFile.get()) == pid && catchesHangup(pid); }))
             return;
         ::nanosleep(&Pause, nullptr);
     }
