@@ -216,4 +216,10 @@ void Draft::change(std::string text)
     m_text = std::move(text);
 }
 
+void Draft::note(const std::string &line)
+{
+    if (std::find(m_notes.begin(), m_notes.end(), line) == m_notes.end())
+        m_notes.push_back(line);
+}
+
 } // namespace DhclientConf

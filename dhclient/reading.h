@@ -121,7 +121,8 @@ public:
     /// Valid until the next change. Throws SyntaxError.
     const Reading &reading();
     void change(std::string text);
-    void note(std::string line) { m_notes.push_back(std::move(line)); }
+    /// A line that the user should see, once.
+    void note(const std::string &line);
     const std::vector<std::string> &notes() const { return m_notes; }
 
 private:
