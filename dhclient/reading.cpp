@@ -1,6 +1,7 @@
 #include "reading.h"
 
 #include "knownoptions.h"
+#include "values.h"
 
 #include <algorithm>
 
@@ -150,6 +151,14 @@ void Reading::check(const Name &name, const std::string &file, bool request)
 {
     if (!knows(name.id) && !isNumberedOption(name.id))
         m_violations.push_back({file, name.line, name.id, "no option is called \"" + name.id + "\" here", request});
+    else if (!name.value.empty() && !fits(name.value, format(name.id)))
+        m_violations.push_back({file, name.line, name.id, "\"" + name.id + "\" has no such values", false});
+}
+
+std::string Reading::format(const std::string &id) const
+{
+    const auto declared = m_declared.find(id);
+    return declared == m_declared.end() ? std::string(knownFormat(id)) : formatOf(declared->second->type);
 }
 
 void Reading::checkDeclaration(const Statement &declaration, const std::string &file)
@@ -165,7 +174,7 @@ void Reading::checkDeclaration(const Statement &declaration, const std::string &
         want(id.substr(0, dot));
     if (!declaration.encapsulated.empty())
         want(declaration.encapsulated);
-    m_declared.insert(id);
+    m_declared[id] = &declaration;
 }
 
 std::vector<std::size_t> Reading::declarations(const std::string &id) const

@@ -92,6 +92,7 @@ private:
     void readList(const Statement &list, std::size_t context, const std::string &file);
     void readInclude(const Statement &include, std::size_t *context, int depth);
     void check(const Name &name, const std::string &file, bool request);
+    std::string format(const std::string &id) const;
     void checkDeclaration(const Statement &declaration, const std::string &file);
     std::size_t enter(const Statement &block, std::size_t outer, bool foreign);
 
@@ -104,7 +105,7 @@ private:
     std::vector<Foreign> m_foreign;
     std::vector<Violation> m_violations;
     std::vector<std::string> m_missing;
-    std::set<std::string_view> m_declared;
+    std::map<std::string_view, const Statement *> m_declared; ///< the last declaration of each
     std::set<std::string> m_spaces;
     std::size_t m_anchor = 0;
 };
