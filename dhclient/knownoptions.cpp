@@ -42,7 +42,7 @@ constexpr KnownOption Dhcp[] = {
     {"pop-server", 70, "IA"}, {"nntp-server", 71, "IA"}, {"www-server", 72, "IA"},
     {"finger-server", 73, "IA"}, {"irc-server", 74, "IA"}, {"streettalk-server", 75, "IA"},
     {"streettalk-directory-assistance-server", 76, "IA"}, {"user-class", 77, "X"},
-    {"slp-directory-agent", 78, "fIA"}, {"slp-service-scope", 79, "ft"}, {"fqdn", 81, ""},
+    {"slp-directory-agent", 78, "fIA"}, {"slp-service-scope", 79, ""}, {"fqdn", 81, ""},
     {"relay-agent-information", 82, ""}, {"nds-servers", 85, "IA"}, {"nds-tree-name", 86, "t"},
     {"nds-context", 87, "t"}, {"bcms-controller-names", 88, "D"}, {"bcms-controller-address", 89, "IA"},
     {"client-last-transaction-time", 91, "n"}, {"associated-ip", 92, "IA"}, {"pxe-system-type", 93, "nA"},

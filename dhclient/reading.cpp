@@ -149,16 +149,14 @@ bool Reading::knowsSpace(const std::string &space) const
 
 void Reading::check(const Name &name, const std::string &file, bool request)
 {
-    if (!knows(name.id) && !isNumberedOption(name.id))
+    const auto declared = m_declared.find(name.id);
+    const bool isDeclaredHere = declared != m_declared.end();
+    if (!isDeclaredHere && !isKnownOption(name.id) && !isNumberedOption(name.id))
         m_violations.push_back({file, name.line, name.id, "no option is called \"" + name.id + "\" here", request});
-    else if (!name.value.empty() && !fits(name.value, format(name.id)))
+    else if (!name.value.empty()
+             && !fits(name.value, isDeclaredHere ? formatOf(declared->second->type)
+                                                 : std::string(knownFormat(name.id))))
         m_violations.push_back({file, name.line, name.id, "\"" + name.id + "\" has no such values", false});
-}
-
-std::string Reading::format(const std::string &id) const
-{
-    const auto declared = m_declared.find(id);
-    return declared == m_declared.end() ? std::string(knownFormat(id)) : formatOf(declared->second->type);
 }
 
 void Reading::checkDeclaration(const Statement &declaration, const std::string &file)

@@ -37,7 +37,7 @@ bool takePart(std::string_view &value, char letter)
         return true;
     case 'J': {
         const std::size_t end = value.find_first_not_of("NHW:.");
-        const bool any = end != 0 && !value.empty();
+        const bool any = value.substr(0, end).find(':') != std::string_view::npos;
         value.remove_prefix(end == std::string_view::npos ? value.size() : end);
         return any;
     }

@@ -21,8 +21,10 @@ constexpr std::string_view Reserved[] = {
 
 bool Parser::isReserved() const
 {
+    if (m_token.kind != Token::Word)
+        return false;
     const std::string word = lower(m_token.text);
-    return m_token.kind == Token::Word && std::binary_search(std::begin(Reserved), std::end(Reserved), word);
+    return std::binary_search(std::begin(Reserved), std::end(Reserved), word);
 }
 
 // True if one of the executable statements was there; "option N value" is one only inside a block, where the
