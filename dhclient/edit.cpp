@@ -145,15 +145,16 @@ void changeDeclarations(Draft &draft, const Wish &wish)
         declareOnce(draft, *wish.declaration);
         return;
     }
-    const std::size_t before = draft.reading().declarations(wish.id).size();
-    if (wish.undeclareAll)
+    if (!wish.undeclareAll && wish.undeclare.empty())
+        return;
+    if (wish.undeclareAll) {
         undeclare(draft, wish.id, std::nullopt);
-    for (const std::string &code : wish.undeclare)
-        undeclare(draft, wish.id, code);
+    } else {
+        for (const std::string &code : wish.undeclare)
+            undeclare(draft, wish.id, code);
+    }
     const Reading &reading = draft.reading();
     const std::vector<std::size_t> left = reading.declarations(wish.id);
-    if (left.size() == before)
-        return;
     if (!reading.knows(wish.id)) {
         // A list with a name that the client doesn't know is dropped whole.
         if (!(wish.request && wish.requestIsLater))

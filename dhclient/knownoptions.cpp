@@ -10,70 +10,87 @@ namespace {
 struct KnownOption
 {
     std::string_view id;
-    int code;
+    int code;                ///< 0 outside DHCPv4
+    std::string_view format; ///< see knownFormat()
 };
 
 // By code, as seen in option 55 of what the client sends.
 constexpr KnownOption Dhcp[] = {
-    {"subnet-mask", 1}, {"time-offset", 2}, {"routers", 3}, {"time-servers", 4}, {"ien116-name-servers", 5},
-    {"domain-name-servers", 6}, {"log-servers", 7}, {"cookie-servers", 8}, {"lpr-servers", 9},
-    {"impress-servers", 10}, {"resource-location-servers", 11}, {"host-name", 12}, {"boot-size", 13},
-    {"merit-dump", 14}, {"domain-name", 15}, {"swap-server", 16}, {"root-path", 17},
-    {"extensions-path", 18}, {"ip-forwarding", 19}, {"non-local-source-routing", 20}, {"policy-filter", 21},
-    {"max-dgram-reassembly", 22}, {"default-ip-ttl", 23}, {"path-mtu-aging-timeout", 24},
-    {"path-mtu-plateau-table", 25}, {"interface-mtu", 26}, {"all-subnets-local", 27},
-    {"broadcast-address", 28}, {"perform-mask-discovery", 29}, {"mask-supplier", 30},
-    {"router-discovery", 31}, {"router-solicitation-address", 32}, {"static-routes", 33},
-    {"trailer-encapsulation", 34}, {"arp-cache-timeout", 35}, {"ieee802-3-encapsulation", 36},
-    {"default-tcp-ttl", 37}, {"tcp-keepalive-interval", 38}, {"tcp-keepalive-garbage", 39},
-    {"nis-domain", 40}, {"nis-servers", 41}, {"ntp-servers", 42}, {"vendor-encapsulated-options", 43},
-    {"netbios-name-servers", 44}, {"netbios-dd-server", 45}, {"netbios-node-type", 46},
-    {"netbios-scope", 47}, {"font-servers", 48}, {"x-display-manager", 49}, {"dhcp-requested-address", 50},
-    {"dhcp-lease-time", 51}, {"dhcp-option-overload", 52}, {"dhcp-message-type", 53},
-    {"dhcp-server-identifier", 54}, {"dhcp-parameter-request-list", 55}, {"dhcp-message", 56},
-    {"dhcp-max-message-size", 57}, {"dhcp-renewal-time", 58}, {"dhcp-rebinding-time", 59},
-    {"vendor-class-identifier", 60}, {"dhcp-client-identifier", 61}, {"nwip-domain", 62},
-    {"nwip-suboptions", 63}, {"nisplus-domain", 64}, {"nisplus-servers", 65}, {"tftp-server-name", 66},
-    {"bootfile-name", 67}, {"mobile-ip-home-agent", 68}, {"smtp-server", 69}, {"pop-server", 70},
-    {"nntp-server", 71}, {"www-server", 72}, {"finger-server", 73}, {"irc-server", 74},
-    {"streettalk-server", 75}, {"streettalk-directory-assistance-server", 76}, {"user-class", 77},
-    {"slp-directory-agent", 78}, {"slp-service-scope", 79}, {"fqdn", 81}, {"relay-agent-information", 82},
-    {"nds-servers", 85}, {"nds-tree-name", 86}, {"nds-context", 87}, {"bcms-controller-names", 88},
-    {"bcms-controller-address", 89}, {"client-last-transaction-time", 91}, {"associated-ip", 92},
-    {"pxe-system-type", 93}, {"pxe-interface-id", 94}, {"pxe-client-id", 97}, {"uap-servers", 98},
-    {"geoconf-civic", 99}, {"pcode", 100}, {"tcode", 101}, {"v6-only-preferred", 108},
-    {"netinfo-server-address", 112}, {"netinfo-server-tag", 113}, {"default-url", 114},
-    {"auto-config", 116}, {"name-service-search", 117}, {"subnet-selection", 118}, {"domain-search", 119},
-    {"vivco", 124}, {"vivso", 125}, {"pana-agent", 136}, {"v4-lost", 137}, {"capwap-ac-v4", 138},
-    {"sip-ua-cs-domains", 141}, {"ipv4-address-andsf", 142}, {"rdnss-selection", 146},
-    {"tftp-server-address", 150}, {"v4-portparams", 159}, {"v4-captive-portal", 160},
-    {"loader-configfile", 209}, {"loader-pathprefix", 210}, {"loader-reboottime", 211}, {"option-6rd", 212},
-    {"v4-access-domain", 213},
+    {"subnet-mask", 1, "I"}, {"time-offset", 2, "n"}, {"routers", 3, "IA"}, {"time-servers", 4, "IA"},
+    {"ien116-name-servers", 5, "IA"}, {"domain-name-servers", 6, "IA"}, {"log-servers", 7, "IA"},
+    {"cookie-servers", 8, "IA"}, {"lpr-servers", 9, "IA"}, {"impress-servers", 10, "IA"},
+    {"resource-location-servers", 11, "IA"}, {"host-name", 12, "t"}, {"boot-size", 13, "n"},
+    {"merit-dump", 14, "t"}, {"domain-name", 15, "t"}, {"swap-server", 16, "I"}, {"root-path", 17, "t"},
+    {"extensions-path", 18, "t"}, {"ip-forwarding", 19, "f"}, {"non-local-source-routing", 20, "f"},
+    {"policy-filter", 21, "IIA"}, {"max-dgram-reassembly", 22, "n"}, {"default-ip-ttl", 23, "n"},
+    {"path-mtu-aging-timeout", 24, "n"}, {"path-mtu-plateau-table", 25, "nA"}, {"interface-mtu", 26, "n"},
+    {"all-subnets-local", 27, "f"}, {"broadcast-address", 28, "I"}, {"perform-mask-discovery", 29, "f"},
+    {"mask-supplier", 30, "f"}, {"router-discovery", 31, "f"}, {"router-solicitation-address", 32, "I"},
+    {"static-routes", 33, "IIA"}, {"trailer-encapsulation", 34, "f"}, {"arp-cache-timeout", 35, "n"},
+    {"ieee802-3-encapsulation", 36, "f"}, {"default-tcp-ttl", 37, "n"}, {"tcp-keepalive-interval", 38, "n"},
+    {"tcp-keepalive-garbage", 39, "f"}, {"nis-domain", 40, "t"}, {"nis-servers", 41, "IA"},
+    {"ntp-servers", 42, "IA"}, {"vendor-encapsulated-options", 43, "X"}, {"netbios-name-servers", 44, "IA"},
+    {"netbios-dd-server", 45, "IA"}, {"netbios-node-type", 46, "n"}, {"netbios-scope", 47, "t"},
+    {"font-servers", 48, "IA"}, {"x-display-manager", 49, "IA"}, {"dhcp-requested-address", 50, "I"},
+    {"dhcp-lease-time", 51, "n"}, {"dhcp-option-overload", 52, "n"}, {"dhcp-message-type", 53, "n"},
+    {"dhcp-server-identifier", 54, "I"}, {"dhcp-parameter-request-list", 55, "nA"},
+    {"dhcp-message", 56, "t"}, {"dhcp-max-message-size", 57, "n"}, {"dhcp-renewal-time", 58, "n"},
+    {"dhcp-rebinding-time", 59, "n"}, {"vendor-class-identifier", 60, "X"},
+    {"dhcp-client-identifier", 61, "X"}, {"nwip-domain", 62, "t"}, {"nwip-suboptions", 63, "X"},
+    {"nisplus-domain", 64, "t"}, {"nisplus-servers", 65, "IA"}, {"tftp-server-name", 66, "t"},
+    {"bootfile-name", 67, "t"}, {"mobile-ip-home-agent", 68, "IA"}, {"smtp-server", 69, "IA"},
+    {"pop-server", 70, "IA"}, {"nntp-server", 71, "IA"}, {"www-server", 72, "IA"},
+    {"finger-server", 73, "IA"}, {"irc-server", 74, "IA"}, {"streettalk-server", 75, "IA"},
+    {"streettalk-directory-assistance-server", 76, "IA"}, {"user-class", 77, "X"},
+    {"slp-directory-agent", 78, "fIA"}, {"slp-service-scope", 79, ""}, {"fqdn", 81, ""},
+    {"relay-agent-information", 82, ""}, {"nds-servers", 85, "IA"}, {"nds-tree-name", 86, "t"},
+    {"nds-context", 87, "t"}, {"bcms-controller-names", 88, "D"}, {"bcms-controller-address", 89, "IA"},
+    {"client-last-transaction-time", 91, "n"}, {"associated-ip", 92, "IA"}, {"pxe-system-type", 93, "nA"},
+    {"pxe-interface-id", 94, "nnn"}, {"pxe-client-id", 97, "nX"}, {"uap-servers", 98, "t"},
+    {"geoconf-civic", 99, "X"}, {"pcode", 100, "t"}, {"tcode", 101, "t"}, {"v6-only-preferred", 108, "n"},
+    {"netinfo-server-address", 112, "IA"}, {"netinfo-server-tag", 113, "t"}, {"default-url", 114, "t"},
+    {"auto-config", 116, ""}, {"name-service-search", 117, "nA"}, {"subnet-selection", 118, "I"},
+    {"domain-search", 119, "D"}, {"vivco", 124, ""}, {"vivso", 125, "X"}, {"pana-agent", 136, "IA"},
+    {"v4-lost", 137, "d"}, {"capwap-ac-v4", 138, "IA"}, {"sip-ua-cs-domains", 141, ""},
+    {"ipv4-address-andsf", 142, ""}, {"rdnss-selection", 146, "nIId"}, {"tftp-server-address", 150, "IA"},
+    {"v4-portparams", 159, ""}, {"v4-captive-portal", 160, ""}, {"loader-configfile", 209, "t"},
+    {"loader-pathprefix", 210, "t"}, {"loader-reboottime", 211, "n"}, {"option-6rd", 212, ""},
+    {"v4-access-domain", 213, "d"},
 };
 
 // With their option space; in order, for the search.
-constexpr std::string_view Others[] = {
-    "client.dummy-client-parm", "dhcp6.aftr-name", "dhcp6.bcms-server-a", "dhcp6.bcms-server-d",
-    "dhcp6.bootfile-param", "dhcp6.bootfile-url", "dhcp6.capwap-ac-v6", "dhcp6.client-arch-type",
-    "dhcp6.client-data", "dhcp6.client-id", "dhcp6.client-linklayer-addr", "dhcp6.clt-time",
-    "dhcp6.dhcp4-o-dhcp6-server", "dhcp6.dhcpv4-msg", "dhcp6.domain-search", "dhcp6.elapsed-time",
-    "dhcp6.ero", "dhcp6.erp-local-domain-name", "dhcp6.fqdn", "dhcp6.geoconf-civic", "dhcp6.ia-addr",
-    "dhcp6.ia-na", "dhcp6.ia-pd", "dhcp6.ia-prefix", "dhcp6.ia-ta", "dhcp6.inf-max-rt",
-    "dhcp6.info-refresh-time", "dhcp6.interface-id", "dhcp6.ipv6-address-andsf", "dhcp6.link-address",
-    "dhcp6.lq-client-link", "dhcp6.lq-query", "dhcp6.lq-relay-data", "dhcp6.name-servers",
-    "dhcp6.new-posix-timezone", "dhcp6.new-tzdb-timezone", "dhcp6.nii", "dhcp6.nis-domain-name",
-    "dhcp6.nis-servers", "dhcp6.nisp-domain-name", "dhcp6.nisp-servers", "dhcp6.oro", "dhcp6.pana-agent",
-    "dhcp6.preference", "dhcp6.rapid-commit", "dhcp6.rdnss-selection", "dhcp6.reconf-accept",
-    "dhcp6.reconf-msg", "dhcp6.relay-id", "dhcp6.relay-msg", "dhcp6.relay-source-port", "dhcp6.remote-id",
-    "dhcp6.server-id", "dhcp6.sip-servers-addresses", "dhcp6.sip-servers-names", "dhcp6.sip-ua-cs-list",
-    "dhcp6.sntp-servers", "dhcp6.solmax-rt", "dhcp6.status-code", "dhcp6.subscriber-id", "dhcp6.unicast",
-    "dhcp6.v6-access-domain", "dhcp6.v6-captive-portal", "dhcp6.v6-lost", "dhcp6.vendor-opts",
-    "fqdn.domainname", "fqdn.encoded", "fqdn.fqdn", "fqdn.hostname", "fqdn.no-client-update", "fqdn.rcode1",
-    "fqdn.rcode2", "fqdn.server-update", "isc.media", "isc.update-assist", "isc6.4o6-interface",
-    "isc6.4o6-source-address", "isc6.media", "isc6.update-assist", "nwip.autoretries",
-    "nwip.autoretry-secs", "nwip.illegal-1", "nwip.illegal-2", "nwip.illegal-3", "nwip.illegal-4",
-    "nwip.nearest-nwip-server", "nwip.nsq-broadcast", "nwip.nwip-1-1", "nwip.preferred-dss",
-    "nwip.primary-dss", "vendor-class.isc", "vendor.isc", "vsio.isc",
+constexpr KnownOption Others[] = {
+    {"client.dummy-client-parm", 0, ""}, {"dhcp6.aftr-name", 0, "d"}, {"dhcp6.bcms-server-a", 0, "JA"},
+    {"dhcp6.bcms-server-d", 0, "D"}, {"dhcp6.bootfile-param", 0, "X"}, {"dhcp6.bootfile-url", 0, "t"},
+    {"dhcp6.capwap-ac-v6", 0, "JA"}, {"dhcp6.client-arch-type", 0, "nA"}, {"dhcp6.client-data", 0, "X"},
+    {"dhcp6.client-id", 0, "X"}, {"dhcp6.client-linklayer-addr", 0, "X"}, {"dhcp6.clt-time", 0, "n"},
+    {"dhcp6.dhcp4-o-dhcp6-server", 0, ""}, {"dhcp6.dhcpv4-msg", 0, ""}, {"dhcp6.domain-search", 0, "D"},
+    {"dhcp6.elapsed-time", 0, "n"}, {"dhcp6.ero", 0, "nA"}, {"dhcp6.erp-local-domain-name", 0, "d"},
+    {"dhcp6.fqdn", 0, "X"}, {"dhcp6.geoconf-civic", 0, "X"}, {"dhcp6.ia-addr", 0, "X"},
+    {"dhcp6.ia-na", 0, "X"}, {"dhcp6.ia-pd", 0, "X"}, {"dhcp6.ia-prefix", 0, "X"}, {"dhcp6.ia-ta", 0, "X"},
+    {"dhcp6.inf-max-rt", 0, "n"}, {"dhcp6.info-refresh-time", 0, "n"}, {"dhcp6.interface-id", 0, "X"},
+    {"dhcp6.ipv6-address-andsf", 0, ""}, {"dhcp6.link-address", 0, "J"}, {"dhcp6.lq-client-link", 0, "JA"},
+    {"dhcp6.lq-query", 0, "X"}, {"dhcp6.lq-relay-data", 0, ""}, {"dhcp6.name-servers", 0, "JA"},
+    {"dhcp6.new-posix-timezone", 0, "t"}, {"dhcp6.new-tzdb-timezone", 0, "t"}, {"dhcp6.nii", 0, "nnn"},
+    {"dhcp6.nis-domain-name", 0, "D"}, {"dhcp6.nis-servers", 0, "JA"}, {"dhcp6.nisp-domain-name", 0, "D"},
+    {"dhcp6.nisp-servers", 0, "JA"}, {"dhcp6.oro", 0, "nA"}, {"dhcp6.pana-agent", 0, "JA"},
+    {"dhcp6.preference", 0, "n"}, {"dhcp6.rapid-commit", 0, ""}, {"dhcp6.rdnss-selection", 0, ""},
+    {"dhcp6.reconf-accept", 0, ""}, {"dhcp6.reconf-msg", 0, ""}, {"dhcp6.relay-id", 0, "X"},
+    {"dhcp6.relay-msg", 0, "X"}, {"dhcp6.relay-source-port", 0, ""}, {"dhcp6.remote-id", 0, "X"},
+    {"dhcp6.server-id", 0, "X"}, {"dhcp6.sip-servers-addresses", 0, "JA"},
+    {"dhcp6.sip-servers-names", 0, "D"}, {"dhcp6.sip-ua-cs-list", 0, "D"}, {"dhcp6.sntp-servers", 0, "JA"},
+    {"dhcp6.solmax-rt", 0, "n"}, {"dhcp6.status-code", 0, ""}, {"dhcp6.subscriber-id", 0, "X"},
+    {"dhcp6.unicast", 0, "J"}, {"dhcp6.v6-access-domain", 0, "d"}, {"dhcp6.v6-captive-portal", 0, ""},
+    {"dhcp6.v6-lost", 0, "d"}, {"dhcp6.vendor-opts", 0, "X"}, {"fqdn.domainname", 0, ""},
+    {"fqdn.encoded", 0, "f"}, {"fqdn.fqdn", 0, "t"}, {"fqdn.hostname", 0, ""},
+    {"fqdn.no-client-update", 0, "f"}, {"fqdn.rcode1", 0, "n"}, {"fqdn.rcode2", 0, "n"},
+    {"fqdn.server-update", 0, "f"}, {"isc.media", 0, ""}, {"isc.update-assist", 0, ""},
+    {"isc6.4o6-interface", 0, ""}, {"isc6.4o6-source-address", 0, ""}, {"isc6.media", 0, ""},
+    {"isc6.update-assist", 0, ""}, {"nwip.autoretries", 0, "n"}, {"nwip.autoretry-secs", 0, "n"},
+    {"nwip.illegal-1", 0, ""}, {"nwip.illegal-2", 0, ""}, {"nwip.illegal-3", 0, ""},
+    {"nwip.illegal-4", 0, ""}, {"nwip.nearest-nwip-server", 0, "IA"}, {"nwip.nsq-broadcast", 0, "f"},
+    {"nwip.nwip-1-1", 0, "f"}, {"nwip.preferred-dss", 0, "IA"}, {"nwip.primary-dss", 0, "I"},
+    {"vendor-class.isc", 0, ""}, {"vendor.isc", 0, ""}, {"vsio.isc", 0, ""},
 };
 
 constexpr std::string_view Spaces[] = {
@@ -81,12 +98,30 @@ constexpr std::string_view Spaces[] = {
     "vendor", "vendor-class", "vsio",
 };
 
+const KnownOption *otherOption(std::string_view id)
+{
+    const auto found = std::lower_bound(std::begin(Others), std::end(Others), id,
+                                        [](const KnownOption &option, std::string_view key) { return option.id < key; });
+    return found != std::end(Others) && found->id == id ? found : nullptr;
+}
+
 } // namespace
+
+std::string_view knownFormat(std::string_view id)
+{
+    if (id.find('.') != std::string_view::npos) {
+        const KnownOption *other = otherOption(id);
+        return other ? other->format : std::string_view();
+    }
+    const auto found = std::find_if(std::begin(Dhcp), std::end(Dhcp),
+                                    [id](const KnownOption &option) { return option.id == id; });
+    return found == std::end(Dhcp) ? std::string_view() : found->format;
+}
 
 bool isKnownOption(std::string_view id)
 {
     if (id.find('.') != std::string_view::npos)
-        return std::binary_search(std::begin(Others), std::end(Others), id);
+        return otherOption(id) != nullptr;
     return knownCode(id) != 0;
 }
 

@@ -22,6 +22,12 @@ bool isKnownSpace(std::string_view space);
 /// of what it sends while none has.
 bool isNumberedOption(std::string_view id);
 
+/// How an option's value is written, a letter per part: I IPv4 address or host name, J IPv6 address, n number,
+/// f boolean, t text, X string or hexadecimal data, d domain name, D quoted domain names; "A" at the end for an
+/// array of all that. From dhcp-options(5), and each letter tried on the client (which takes some options as text
+/// that the page calls strings). Empty where nothing is known.
+std::string_view knownFormat(std::string_view id);
+
 /// The code of a DHCPv4 option that the client knows, 0 if it knows none of that name.
 int knownCode(std::string_view id);
 /// The name of the DHCPv4 option that the client knows under that code, empty if it knows none.

@@ -1,6 +1,7 @@
 #include "reading.h"
 
 #include "knownoptions.h"
+#include "values.h"
 
 #include <algorithm>
 
@@ -148,8 +149,14 @@ bool Reading::knowsSpace(const std::string &space) const
 
 void Reading::check(const Name &name, const std::string &file, bool request)
 {
-    if (!knows(name.id) && !isNumberedOption(name.id))
+    const auto declared = m_declared.find(name.id);
+    const bool isDeclaredHere = declared != m_declared.end();
+    if (!isDeclaredHere && !isKnownOption(name.id) && !isNumberedOption(name.id))
         m_violations.push_back({file, name.line, name.id, "no option is called \"" + name.id + "\" here", request});
+    else if (!name.value.empty()
+             && !fits(name.value, isDeclaredHere ? formatOf(declared->second->type)
+                                                 : std::string(knownFormat(name.id))))
+        m_violations.push_back({file, name.line, name.id, "\"" + name.id + "\" has no such values", false});
 }
 
 void Reading::checkDeclaration(const Statement &declaration, const std::string &file)
@@ -165,7 +172,7 @@ void Reading::checkDeclaration(const Statement &declaration, const std::string &
         want(id.substr(0, dot));
     if (!declaration.encapsulated.empty())
         want(declaration.encapsulated);
-    m_declared.insert(id);
+    m_declared[id] = &declaration;
 }
 
 std::vector<std::size_t> Reading::declarations(const std::string &id) const
@@ -214,6 +221,12 @@ void Draft::change(std::string text)
         return;
     m_reading.reset();
     m_text = std::move(text);
+}
+
+void Draft::note(const std::string &line)
+{
+    if (std::find(m_notes.begin(), m_notes.end(), line) == m_notes.end())
+        m_notes.push_back(line);
 }
 
 } // namespace DhclientConf

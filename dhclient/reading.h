@@ -104,7 +104,7 @@ private:
     std::vector<Foreign> m_foreign;
     std::vector<Violation> m_violations;
     std::vector<std::string> m_missing;
-    std::set<std::string_view> m_declared;
+    std::map<std::string_view, const Statement *> m_declared; ///< the last declaration of each
     std::set<std::string> m_spaces;
     std::size_t m_anchor = 0;
 };
@@ -121,7 +121,8 @@ public:
     /// Valid until the next change. Throws SyntaxError.
     const Reading &reading();
     void change(std::string text);
-    void note(std::string line) { m_notes.push_back(std::move(line)); }
+    /// A line that the user should see, once.
+    void note(const std::string &line);
     const std::vector<std::string> &notes() const { return m_notes; }
 
 private:

@@ -288,6 +288,8 @@ private slots:
         row("key k { algorithm hmac-md5; }\n", 1);
         row("send nosuch \"x\";\n", 1);
         row("request foo;\noption foo code 200 = text;\n", 1);
+        row("supersede routers \"x\";\nrequest ntp-servers;\n", 1);
+        row("option foo code 200 = integer 8;\nsend foo 1.2.3.4;\n", 2);
         row("# caf\xff\nrequest routers;\n", 1);
         row("\n\ninclude \"/broken.conf\";\n", 3);
         row("include \"/itself.conf\";\n", 1);

@@ -53,7 +53,7 @@ std::string tokens(std::string_view text)
 }
 
 // All statements but request lists (judged by what they come to) and the named options' declarations.
-void normalise(std::string_view text, const std::vector<Statement> &statements, const std::set<std::string> &named,
+void normalise(std::string_view text, const std::vector<Statement> &statements, const std::set<std::string, std::less<>> &named,
                std::vector<std::string> &result)
 {
     for (const Statement &statement : statements) {
@@ -81,12 +81,12 @@ void normalise(std::string_view text, const std::vector<Statement> &statements, 
     }
 }
 
-std::vector<std::string> others(const Context &context, const std::set<std::string> &named)
+std::vector<std::string> others(const Context &context, const std::set<std::string, std::less<>> &named)
 {
     std::vector<std::string> result{context.interface};
     for (const Entry &entry : context.entries) {
         if (!named.count(entry.id))
-            result.push_back(entry.id);
+            result.emplace_back(entry.id);
     }
     return result;
 }
@@ -110,9 +110,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     if (again.status != Result::Done || again.text != result.text)
         fail("not the same when done again", input, result.text + "\n=== again\n" + again.text + again.error);
 
-    std::set<std::string> named;
-    std::set<std::string> requested;
-    std::set<std::string> unrequested;
+    std::set<std::string, std::less<>> named;
+    std::set<std::string, std::less<>> requested;
+    std::set<std::string, std::less<>> unrequested;
     bool withdrawn = false;
     for (const Command &command : input.commands) {
         const std::string id = idOf(command);

@@ -94,7 +94,7 @@ private:
         else if (choice < 15 && m_inBlock)
             m_inBlock = (m_text += "}", false);
         else if (choice < 17)
-            add("supersede @ \"x\";");
+            add("supersede @ = \"x\";");
         else if (choice < 18)
             add("if exists @ { append domain-name \"z\"; }");
         else if (choice < 19 && !m_inBlock)

@@ -46,7 +46,7 @@ std::string parseName(std::string_view text)
 
 Name Parser::optionName()
 {
-    Name name{{}, m_token.begin, m_token.end, m_token.line, std::string::npos};
+    Name name{{}, m_token.begin, m_token.end, m_token.line, std::string::npos, {}};
     const std::string_view first = m_token.text;
     want(Token::Word, "an option's name");
     std::string_view space;

@@ -21,8 +21,10 @@ constexpr std::string_view Reserved[] = {
 
 bool Parser::isReserved() const
 {
+    if (m_token.kind != Token::Word)
+        return false;
     const std::string word = lower(m_token.text);
-    return m_token.kind == Token::Word && std::binary_search(std::begin(Reserved), std::end(Reserved), word);
+    return std::binary_search(std::begin(Reserved), std::end(Reserved), word);
 }
 
 // True if one of the executable statements was there; "option N value" is one only inside a block, where the
@@ -142,19 +144,21 @@ void Parser::optionValue()
     if (takeSign('='))
         expression();
     else if (!(ofSpace && m_token.isSign(';'))) // some options of DHCPv6 have no value
-        values();
+        m_uses->back().value = values();
 }
 
 // Literal values: strings, numbers, addresses, names, with commas or, in records, blanks between them.
-void Parser::values()
+std::string Parser::values()
 {
+    std::string kinds;
     bool joined = false; // whether a sign such as "." or ":" asks for more of the same value
     bool any = false;
     for (;; any = true) {
         if (m_token.kind == Token::Sign) {
             const char sign = m_token.text.front();
             if (sign == ';' && any && !joined)
-                return;
+                return kinds;
+            kinds += sign;
             const bool comma = sign == ',' && any && !joined;
             if (!comma && std::string_view(".:/").find(sign) == std::string_view::npos)
                 refuse(any ? "a value or \";\" expected" : "a value expected");
@@ -170,6 +174,10 @@ void Parser::values()
             refuse("\";\" expected");
         if (isReserved() && !joined)
             refuse("\";\" expected before \"" + std::string(m_token.text) + "\"");
+        kinds += m_token.kind == Token::String                              ? 'S'
+            : m_token.kind == Token::Number                                 ? 'N'
+            : m_token.text.front() >= '0' && m_token.text.front() <= '9' ? 'H'
+                                                                            : 'W';
         if (!joined && m_token.isWord("on")) { // a boolean, or the start of a statement
             const int line = m_endLine;
             advance();

@@ -1,6 +1,7 @@
 #include "lexer.h"
 
 #include <algorithm>
+#include <array>
 
 namespace DhclientConf {
 
@@ -9,24 +10,14 @@ namespace {
 // The client's token buffer holds 1,500 bytes and cuts what is longer.
 constexpr std::size_t LongestToken = 1499;
 
-bool isSpace(char c)
-{
-    return c == ' ' || (c >= '\t' && c <= '\r');
-}
-
 bool isDigit(char c)
 {
     return c >= '0' && c <= '9';
 }
 
-char lowerCase(char c)
+constexpr char lowerCase(char c)
 {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
-}
-
-bool isLetter(char c)
-{
-    return lowerCase(c) >= 'a' && lowerCase(c) <= 'z';
 }
 
 bool isHexDigit(char c)
@@ -39,9 +30,28 @@ bool isOctalDigit(char c)
     return c >= '0' && c <= '7';
 }
 
-bool startsWord(char c)
+enum Class : unsigned char { Other, Space, Digit, Letter, Underline };
+
+// A look-up per byte: most of the tool's time goes by here.
+constexpr std::array<Class, 256> classes()
 {
-    return isLetter(c) || isDigit(c) || c == '-';
+    std::array<Class, 256> result{};
+    for (std::size_t i = 0; i < result.size(); ++i) {
+        const char c = lowerCase(static_cast<char>(i));
+        result[i] = c == ' ' || (c >= '\t' && c <= '\r') ? Space
+            : c >= '0' && c <= '9'                         ? Digit
+            : (c >= 'a' && c <= 'z') || c == '-'           ? Letter
+            : c == '_'                                     ? Underline
+                                                           : Other;
+    }
+    return result;
+}
+
+constexpr std::array<Class, 256> Classes = classes();
+
+Class classOf(char c)
+{
+    return Classes[static_cast<unsigned char>(c)];
 }
 
 [[noreturn]] void refuseEndByte(int line)
@@ -74,17 +84,18 @@ Token Lexer::token(Token::Kind kind, std::size_t begin, int line)
 
 void Lexer::skipSpace()
 {
-    bool comment = false;
     for (; m_position < m_text.size(); ++m_position) {
         const char c = m_text[m_position];
         if (c == '\n') {
             ++m_line;
-            comment = false;
-        } else if (c == '\xff') {
-            refuseEndByte(m_line);
         } else if (c == '#') {
-            comment = true;
-        } else if (!comment && !isSpace(c)) {
+            const std::string_view comment = m_text.substr(m_position, m_text.find('\n', m_position) - m_position);
+            if (comment.find('\xff') != std::string_view::npos)
+                refuseEndByte(m_line);
+            m_position += comment.size() - 1;
+        } else if (classOf(c) != Space) {
+            if (c == '\xff')
+                refuseEndByte(m_line);
             return;
         }
     }
@@ -102,17 +113,18 @@ Token Lexer::next()
         readString();
         return token(Token::String, begin, line);
     }
-    if (!startsWord(first)) {
+    const Class start = classOf(first);
+    if (start != Digit && start != Letter) {
         if (first == '\0')
             throw SyntaxError{line, "a NUL byte"};
         return token(Token::Sign, begin, line);
     }
-    bool number = isDigit(first) || first == '-';
+    bool number = start == Digit || first == '-';
     for (; m_position < m_text.size(); ++m_position) {
-        const char c = m_text[m_position];
-        if (!startsWord(c) && c != '_')
+        const Class next = classOf(m_text[m_position]);
+        if (next < Digit)
             break;
-        number = number && isDigit(c);
+        number = number && next == Digit;
     }
     if (first == '-' && m_position == begin + 1)
         return token(Token::Sign, begin, line);

@@ -45,7 +45,7 @@ private:
     void onEvent();
     void switchBlock();
     void optionValue();
-    void values();
+    std::string values();
     void expression();
     void operand();
     void arguments();

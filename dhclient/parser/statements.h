@@ -17,6 +17,8 @@ struct Name
     std::size_t end;
     int line;
     std::size_t comma; ///< where the comma behind it stands in a list, npos where none stands
+    std::string value; ///< a literal value for it, by kinds of tokens: S string, N number, H word that starts with
+                       ///< a digit, W other word, signs as they are; empty without one
 };
 
 struct Statement
