@@ -1,11 +1,15 @@
-// Stands in for a running DHCP client or for the running program. Its arguments are the test's affair; what it
-// does comes through the environment: STAND_IN_LOCK names a file to hold the program's lock on, STAND_IN_CATCH
-// has it catch SIGHUP, after so many milliseconds. Says "ready", then one line for each signal that it caught.
+// Stands in for a running DHCP client or for the running program. Its arguments are the test's affair; what
+// it does comes through the environment. STAND_IN_LOCK names a file to hold the program's lock on.
+// STAND_IN_CATCH has it catch SIGHUP, after so many milliseconds. With STAND_IN_CHILD it has a child of the
+// same arguments, as a client that has not bound yet, and tells its number. Says "ready", then a line for
+// each caught signal.
 
 #include <fcntl.h>
 #include <signal.h>
+#include <sys/prctl.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <cstdlib>
 
 namespace {
@@ -31,6 +35,16 @@ int main()
         lock.l_type = F_WRLCK;
         if (file < 0 || ::fcntl(file, F_SETLK, &lock) != 0)
             return 2;
+    }
+    if (std::getenv("STAND_IN_CHILD")) {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+            for (;;)
+                ::pause();
+        }
+        std::printf("%d\n", child);
+        std::fflush(stdout);
     }
     const char *delay = std::getenv("STAND_IN_CATCH");
     if (delay && std::atoi(delay) == 0)
