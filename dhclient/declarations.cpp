@@ -18,20 +18,20 @@ struct Bounds
     std::size_t last = 0;
 };
 
-// The statement behind the one that declares the space, 0 if the client knows it by itself.
+// The statement behind the last one that declares the space, 0 if the client knows it by itself.
 std::size_t behindSpace(const Reading &reading, const std::string &space)
 {
     if (space.empty() || isKnownSpace(space))
         return 0;
     std::size_t found = None;
     const std::vector<Statement> &statements = reading.statements();
-    for (std::size_t i = 0; i < statements.size() && found == None; ++i) {
+    for (std::size_t i = 0; i < statements.size(); ++i) {
         if (statements[i].kind == Statement::Space && statements[i].word == space)
             found = i;
     }
     for (const Foreign &foreign : reading.foreign()) {
         if (foreign.statement->kind == Statement::Space && foreign.statement->word == space)
-            found = std::min(found, foreign.anchor);
+            found = found == None ? foreign.anchor : std::max(found, foreign.anchor);
     }
     if (found == None)
         throw Refusal{"neither the client nor the file knows an option space \"" + space + "\""};

@@ -58,7 +58,13 @@ void Reading::read(const std::vector<Statement> &statements, std::size_t *contex
             checkDeclaration(statement, file);
             break;
         case Statement::Space:
-            m_spaces.insert(statement.word);
+            // A space declared once more is a new one, without the options of the old (measured).
+            if (!m_spaces.insert(statement.word).second) {
+                const std::string prefix = statement.word + '.';
+                for (auto name = m_declared.lower_bound(prefix);
+                     name != m_declared.end() && name->first.substr(0, prefix.size()) == prefix;)
+                    name = m_declared.erase(name);
+            }
             break;
         case Statement::Include:
             readInclude(statement, context, depth);
