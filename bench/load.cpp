@@ -5,6 +5,7 @@
 
 #include "dhcpoption.h"
 #include "paths.h"
+#include "vorkanclient.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -65,6 +66,7 @@ void loadBare(const std::vector<Files> &files)
 std::vector<std::unique_ptr<DhcpOption>> loadOurs(const std::vector<Files> &files)
 {
     std::vector<std::unique_ptr<DhcpOption>> options;
+    const VorkanClient registry; // as the application object loads them
     for (const Files &pair : files)
         options.push_back(std::make_unique<DhcpOption>(pair.definition, nullptr));
     return options;
