@@ -5,6 +5,7 @@
 #include "mainwindow.h"
 #include "qtpaths.h"
 #include "sighup.h"
+#include "vorkanclient.h"
 
 #include <QDir>
 #include <QSocketNotifier>
@@ -78,6 +79,8 @@ void DhcpApp::loadDefinitions()
         report("Cannot read config directory ", directory.path());
         std::exit(1);
     }
+    // The records look up their entries with clients of their own; over this one they share a view.
+    const VorkanClient registry;
     const QStringList names = directory.entryList({QStringLiteral("*.xml")});
     for (const QString &name : names)
         loadDefinition(directory.path() + QLatin1Char('/') + name);

@@ -7,7 +7,9 @@
 /// the definition format.
 inline bool isWord(const QString &text, const char *word)
 {
-    return text.compare(QLatin1String(word), Qt::CaseInsensitive) == 0;
+    // Folding case changes no length, and most words already differ in theirs.
+    const QLatin1String latin1(word);
+    return text.size() == latin1.size() && text.compare(latin1, Qt::CaseInsensitive) == 0;
 }
 
 #endif

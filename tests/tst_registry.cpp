@@ -147,6 +147,29 @@ private slots:
         QCOMPARE(m_root->sql(QStringLiteral("SELECT value FROM entry")), QStringList(QStringLiteral("0")));
     }
 
+    void viewWhileHeld()
+    {
+        m_store->create(QStringLiteral("root/A"), VorkanBoolType);
+        QVERIFY(m_store->commit(QString()));
+        RegistryStore other(Paths::resolve(StorePath.toStdString()));
+        other.setBusyTimeout(std::chrono::milliseconds(20));
+        QVERIFY(other.set(QStringLiteral("root/A"), QStringLiteral("2")));
+
+        m_store->holdView();
+        m_store->holdView();
+        QCOMPARE(m_store->find(QStringLiteral("root/A"))->value, QString());
+        m_store->releaseView();
+        {
+            const CapturedErrors errors;
+            QVERIFY2(!other.commit(QString()), "the view is held");
+        }
+        QVERIFY(m_store->set(QStringLiteral("root/A"), QStringLiteral("1")));
+        QVERIFY2(m_store->commit(QString()), "a commit of its own ends the view");
+        m_store->releaseView();
+        QVERIFY(other.commit(QString()));
+        QCOMPARE(m_store->find(QStringLiteral("root/A"))->value, QStringLiteral("2"));
+    }
+
     void replacedWhileOpen()
     {
         m_store->create(QStringLiteral("root/A"), VorkanBoolType);

@@ -87,6 +87,29 @@ RegistryStore::RegistryStore(std::string path)
 {
 }
 
+void RegistryStore::holdView()
+{
+    ++m_viewHolders;
+}
+
+void RegistryStore::releaseView()
+{
+    if (--m_viewHolders == 0)
+        endView();
+}
+
+void RegistryStore::endView()
+{
+    if (!m_inView)
+        return;
+    m_inView = false;
+    try {
+        m_database->execute("COMMIT");
+    } catch (const Sqlite::Error &) {
+        close(); // which ends every transaction
+    }
+}
+
 std::optional<RegistryStore::Entry> RegistryStore::find(const QString &key)
 {
     const auto change = m_pending.constFind(key);
@@ -157,18 +180,24 @@ bool RegistryStore::openForReading()
 {
     if (m_unusable)
         return false;
+    if (m_inView)
+        return true;
     if (m_database && !isSameFile())
         close();
-    if (m_select)
-        return true;
     if (!m_database) {
         if (::access(m_path.c_str(), F_OK) != 0 && errno == ENOENT)
             return false;
         open();
     }
-    if (!m_database->hasTable("entry"))
-        return false;
-    m_select.emplace(m_database->prepare("SELECT type, value FROM entry WHERE key = ?1"));
+    if (!m_select) {
+        if (!m_database->hasTable("entry"))
+            return false;
+        m_select.emplace(m_database->prepare("SELECT type, value FROM entry WHERE key = ?1"));
+    }
+    if (m_viewHolders > 0) {
+        m_database->execute("BEGIN");
+        m_inView = true;
+    }
     return true;
 }
 
@@ -183,6 +212,7 @@ void RegistryStore::open()
 
 void RegistryStore::close()
 {
+    m_inView = false;
     m_select.reset();
     m_database.reset();
 }
@@ -204,6 +234,7 @@ void RegistryStore::ensureFile() const
 
 void RegistryStore::write(const QMap<QString, Change> &changes)
 {
+    endView();
     if (m_database && !isSameFile())
         close();
     if (!m_database) {

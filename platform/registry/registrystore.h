@@ -35,6 +35,10 @@ public:
     /// How long a read or a commit waits for another process that holds a lock.
     void setBusyTimeout(std::chrono::milliseconds busyTimeout) { m_busyTimeout = busyTimeout; }
 
+    /// Between these two, which nest, all reads see the same state of the file. A commit begins a new one.
+    void holdView();
+    void releaseView();
+
     /// The entry as this process sees it: a pending change first, then the file.
     std::optional<Entry> find(const QString &key);
     void create(const QString &key, quint32 type);
@@ -58,6 +62,7 @@ private:
     };
 
     bool openForReading();
+    void endView();
     void open();
     void close();
     bool isSameFile() const;
@@ -71,6 +76,8 @@ private:
     // Members go in reverse order: the statement must be finalised before its connection closes.
     std::optional<Sqlite::Database> m_database;
     std::optional<Sqlite::Statement> m_select;
+    int m_viewHolders = 0;
+    bool m_inView = false; // a read transaction is open
     dev_t m_device = 0;
     ino_t m_inode = 0;
     QMap<QString, Change> m_pending;

@@ -2,6 +2,16 @@
 
 #include "registrystore.h"
 
+Vorkan::Vorkan()
+{
+    RegistryStore::instance().holdView();
+}
+
+Vorkan::~Vorkan()
+{
+    RegistryStore::instance().releaseView();
+}
+
 int Vorkan::get(const QString &key, QString &value, const _RegEntryParam & /*param*/,
                 const QString &defaultValue)
 {

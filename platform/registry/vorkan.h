@@ -29,11 +29,14 @@ struct _RegEntryParam
 // NOLINTEND(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
 
 /// The reading side of the configuration registry.
+///
+/// As long as there is an object of this class, the process reads from one unchanging view of the registry, taken
+/// at the first read; that makes many reads cheap, and keeps other processes' commits waiting.
 class Vorkan
 {
 public:
-    Vorkan() = default;
-    virtual ~Vorkan() = default;
+    Vorkan();
+    virtual ~Vorkan();
 
     /// Reads the entry's text into `value`, or `defaultValue` when there is no such entry. Writes that wait
     /// for a commit in this process are seen. Returns 0 when the entry exists.
