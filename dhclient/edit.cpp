@@ -1,0 +1,263 @@
+#include "edit.h"
+
+#include "declarations.h"
+#include "knownoptions.h"
+#include "requests.h"
+
+#include <algorithm>
+#include <map>
+
+namespace DhclientConf {
+
+namespace {
+
+/// What all commands of a call together want of one option.
+struct Wish
+{
+    std::string name;
+    std::string id;
+    bool request = false;
+    bool noRequest = false;
+    bool noRequire = false;
+    std::optional<Specification> declaration;
+    bool undeclareAll = false;
+    std::vector<std::string> undeclare; ///< codes
+    bool requestIsLater = false; ///< than the last command that takes a declaration away
+};
+
+std::string quoted(std::string_view text)
+{
+    std::string result = "\"";
+    for (const char c : text)
+        result += c >= ' ' && c < '\x7f' ? c : '?';
+    return result + '"';
+}
+
+bool isBlank(char c)
+{
+    return c == ' ' || c == '\t';
+}
+
+// The first word of the text, which is taken off it.
+std::string_view firstWord(std::string_view &text)
+{
+    const auto end = std::find_if(text.begin(), text.end(), isBlank);
+    const std::string_view word = text.substr(0, static_cast<std::size_t>(end - text.begin()));
+    const auto rest = std::find_if_not(end, text.end(), isBlank);
+    text.remove_prefix(static_cast<std::size_t>(rest - text.begin()));
+    return word;
+}
+
+std::string readName(std::string_view text)
+{
+    std::string id = parseName(text);
+    // "option space" starts another statement.
+    if (id.empty() || id == "space")
+        throw Refusal{quoted(text) + " is no option name"};
+    return id;
+}
+
+Specification readSpecification(std::string_view text)
+{
+    const std::string whole = quoted(text);
+    Specification result;
+    result.name = firstWord(text);
+    result.id = readName(result.name);
+    const std::string_view code = firstWord(text);
+    const bool digits = !code.empty() && code.size() <= 3 && code.front() != '0'
+        && code.find_first_not_of("0123456789") == std::string_view::npos;
+    if (!digits || std::stoi(std::string(code)) > 254)
+        throw Refusal{quoted(code) + " is no option code from 1 to 254 in " + whole};
+    result.code = code;
+    try {
+        if (text.find_first_of("#\r\n\v\f") != std::string_view::npos)
+            throw SyntaxError{1, "more than a type"};
+        result.type = parseType(text);
+    } catch (const SyntaxError &error) {
+        throw Refusal{quoted(text) + " is no option type: " + error.reason};
+    }
+    return result;
+}
+
+void add(Wish &wish, const Command &command, const std::optional<Specification> &specification)
+{
+    switch (command.kind) {
+    case Command::AddRequest:
+        wish.request = true;
+        wish.noRequest = false;
+        wish.requestIsLater = true;
+        break;
+    case Command::DelRequest:
+        wish.request = false;
+        wish.noRequest = wish.noRequire = true;
+        break;
+    case Command::AddNewOption:
+        wish.declaration = specification;
+        break;
+    case Command::DelNewOption:
+        wish.requestIsLater = false;
+        if (!wish.declaration) {
+            wish.undeclare.push_back(specification->code);
+        } else if (wish.declaration->code == specification->code) {
+            wish.declaration.reset();
+            wish.undeclareAll = true;
+        }
+        break;
+    }
+}
+
+std::vector<Wish> gather(const std::vector<Command> &commands)
+{
+    std::vector<Wish> wishes;
+    for (const Command &command : commands) {
+        std::optional<Specification> specification;
+        std::string name = command.argument;
+        if (command.kind == Command::AddNewOption || command.kind == Command::DelNewOption) {
+            specification = readSpecification(command.argument);
+            name = specification->name;
+        }
+        const std::string id = specification ? specification->id : readName(name);
+        auto wish = std::find_if(wishes.begin(), wishes.end(), [&id](const Wish &other) { return other.id == id; });
+        if (wish == wishes.end()) {
+            wishes.emplace_back();
+            wish = wishes.end() - 1;
+            wish->id = id;
+        }
+        wish->name = name;
+        add(*wish, command, specification);
+    }
+    return wishes;
+}
+
+void changeRequests(Draft &draft, const Wish &wish)
+{
+    if (wish.noRequest)
+        requestNowhere(draft, wish.id);
+    else if (wish.noRequire)
+        unlist(draft, wish.id, Lists::Require);
+    if (wish.request)
+        requestOnce(draft, wish.id, wish.name, wish.declaration.has_value());
+}
+
+void changeDeclarations(Draft &draft, const Wish &wish)
+{
+    if (wish.declaration) {
+        declareOnce(draft, *wish.declaration);
+        return;
+    }
+    if (!wish.undeclareAll && wish.undeclare.empty())
+        return;
+    if (wish.undeclareAll) {
+        undeclare(draft, wish.id, std::nullopt);
+    } else {
+        for (const std::string &code : wish.undeclare)
+            undeclare(draft, wish.id, code);
+    }
+    const Reading &reading = draft.reading();
+    const std::vector<std::size_t> left = reading.declarations(wish.id);
+    if (!reading.knows(wish.id)) {
+        // A list with a name that the client doesn't know is dropped whole.
+        if (!(wish.request && wish.requestIsLater))
+            unlist(draft, wish.id, Lists::Both);
+    } else if (!left.empty() && left.front() > reading.firstUse(wish.id)
+               && reading.foreignDeclarations(wish.id).empty()) {
+        const Statement &declaration = reading.statements()[left.back()];
+        declareOnce(draft, {wish.name, wish.id, declaration.code, {declaration.type, declaration.encapsulated}});
+    }
+}
+
+// The codes under which the file's end knows DHCPv4 options that it declares; the last declaration wins.
+std::map<std::string_view, std::string_view> declaredCodes(const Reading &reading)
+{
+    std::map<std::string_view, std::string_view> codes;
+    const auto enter = [&codes](const Statement &statement) {
+        if (statement.kind == Statement::Declaration && statement.names.front().id.find('.') == std::string::npos)
+            codes[statement.names.front().id] = statement.code;
+    };
+    auto foreign = reading.foreign().begin();
+    for (std::size_t i = 0; i < reading.statements().size(); ++i) {
+        enter(reading.statements()[i]);
+        for (; foreign != reading.foreign().end() && foreign->anchor == i; ++foreign)
+            enter(*foreign->statement);
+    }
+    return codes;
+}
+
+void noteSharedCodes(Draft &draft, const std::vector<Wish> &wishes)
+{
+    const auto codes = declaredCodes(draft.reading());
+    for (const Wish &wish : wishes) {
+        if (!(wish.declaration || wish.request))
+            continue;
+        const auto declared = codes.find(wish.id);
+        const int known = knownCode(wish.id);
+        const std::string code = declared != codes.end() ? std::string(declared->second) : std::to_string(known);
+        if (declared == codes.end() && known == 0)
+            continue;
+        const auto tell = [&](std::string_view other) {
+            draft.note("code " + code + " of \"" + wish.name + "\" is also the code of \"" + std::string(other) + '"');
+        };
+        const std::string_view own = code.size() <= 3 ? knownName(std::stoi(code)) : std::string_view();
+        if (!own.empty() && own != wish.id && codes.count(own) == 0)
+            tell(own);
+        for (const auto &[other, otherCode] : codes) {
+            if (otherCode == code && other != wish.id)
+                tell(other);
+        }
+    }
+}
+
+void judge(const std::vector<Violation> &before, const Reading &after, const std::vector<Wish> &wishes, Result &result)
+{
+    for (const Wish &wish : wishes) {
+        if (wish.request && wish.requestIsLater && !after.knows(wish.id))
+            throw Refusal{"cannot request \"" + wish.name + "\": neither the client nor the file knows such an option"};
+    }
+    if (after.violations().empty())
+        return;
+    // A fault of the file as it stands is told with its place there.
+    const Violation &fault = after.violations().front();
+    const auto old = std::find_if(before.begin(), before.end(),
+                                  [&fault](const Violation &other) { return other.id == fault.id; });
+    if (old == before.end())
+        throw Refusal{fault.reason};
+    result.status = Result::Broken;
+    result.line = old->line;
+    result.error = old->file.empty() ? old->reason : "in the included \"" + old->file + "\": " + old->reason;
+}
+
+} // namespace
+
+Result edit(std::string_view text, const std::vector<Command> &commands, const Reader &reader)
+{
+    Result result;
+    try {
+        const std::vector<Wish> wishes = gather(commands);
+        Draft draft(text, reader);
+        const std::vector<Violation> before = draft.reading().violations();
+        // Declarations go before uses, so all uses come first.
+        for (const Wish &wish : wishes)
+            changeRequests(draft, wish);
+        for (const Wish &wish : wishes)
+            changeDeclarations(draft, wish);
+        const Reading &after = draft.reading();
+        judge(before, after, wishes, result);
+        if (result.status != Result::Done)
+            return result;
+        noteSharedCodes(draft, wishes);
+        for (const std::string &path : after.missing())
+            draft.note("the included file \"" + path + "\" cannot be read");
+        result.text = draft.text();
+        result.notes = draft.notes();
+    } catch (const Refusal &refusal) {
+        result.status = Result::Refused;
+        result.error = refusal.reason;
+    } catch (const SyntaxError &error) {
+        result.status = Result::Broken;
+        result.line = error.line;
+        result.error = error.reason;
+    }
+    return result;
+}
+
+} // namespace DhclientConf

@@ -1,0 +1,160 @@
+#include "knownoptions.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace DhclientConf {
+
+namespace {
+
+struct KnownOption
+{
+    std::string_view id;
+    int code;                ///< 0 outside DHCPv4
+    std::string_view format; ///< see knownFormat()
+};
+
+// By code, as seen in option 55 of what the client sends.
+constexpr KnownOption Dhcp[] = {
+    {"subnet-mask", 1, "I"}, {"time-offset", 2, "n"}, {"routers", 3, "IA"}, {"time-servers", 4, "IA"},
+    {"ien116-name-servers", 5, "IA"}, {"domain-name-servers", 6, "IA"}, {"log-servers", 7, "IA"},
+    {"cookie-servers", 8, "IA"}, {"lpr-servers", 9, "IA"}, {"impress-servers", 10, "IA"},
+    {"resource-location-servers", 11, "IA"}, {"host-name", 12, "t"}, {"boot-size", 13, "n"},
+    {"merit-dump", 14, "t"}, {"domain-name", 15, "t"}, {"swap-server", 16, "I"}, {"root-path", 17, "t"},
+    {"extensions-path", 18, "t"}, {"ip-forwarding", 19, "f"}, {"non-local-source-routing", 20, "f"},
+    {"policy-filter", 21, "IIA"}, {"max-dgram-reassembly", 22, "n"}, {"default-ip-ttl", 23, "n"},
+    {"path-mtu-aging-timeout", 24, "n"}, {"path-mtu-plateau-table", 25, "nA"}, {"interface-mtu", 26, "n"},
+    {"all-subnets-local", 27, "f"}, {"broadcast-address", 28, "I"}, {"perform-mask-discovery", 29, "f"},
+    {"mask-supplier", 30, "f"}, {"router-discovery", 31, "f"}, {"router-solicitation-address", 32, "I"},
+    {"static-routes", 33, "IIA"}, {"trailer-encapsulation", 34, "f"}, {"arp-cache-timeout", 35, "n"},
+    {"ieee802-3-encapsulation", 36, "f"}, {"default-tcp-ttl", 37, "n"}, {"tcp-keepalive-interval", 38, "n"},
+    {"tcp-keepalive-garbage", 39, "f"}, {"nis-domain", 40, "t"}, {"nis-servers", 41, "IA"},
+    {"ntp-servers", 42, "IA"}, {"vendor-encapsulated-options", 43, "X"}, {"netbios-name-servers", 44, "IA"},
+    {"netbios-dd-server", 45, "IA"}, {"netbios-node-type", 46, "n"}, {"netbios-scope", 47, "t"},
+    {"font-servers", 48, "IA"}, {"x-display-manager", 49, "IA"}, {"dhcp-requested-address", 50, "I"},
+    {"dhcp-lease-time", 51, "n"}, {"dhcp-option-overload", 52, "n"}, {"dhcp-message-type", 53, "n"},
+    {"dhcp-server-identifier", 54, "I"}, {"dhcp-parameter-request-list", 55, "nA"},
+    {"dhcp-message", 56, "t"}, {"dhcp-max-message-size", 57, "n"}, {"dhcp-renewal-time", 58, "n"},
+    {"dhcp-rebinding-time", 59, "n"}, {"vendor-class-identifier", 60, "X"},
+    {"dhcp-client-identifier", 61, "X"}, {"nwip-domain", 62, "t"}, {"nwip-suboptions", 63, "X"},
+    {"nisplus-domain", 64, "t"}, {"nisplus-servers", 65, "IA"}, {"tftp-server-name", 66, "t"},
+    {"bootfile-name", 67, "t"}, {"mobile-ip-home-agent", 68, "IA"}, {"smtp-server", 69, "IA"},
+    {"pop-server", 70, "IA"}, {"nntp-server", 71, "IA"}, {"www-server", 72, "IA"},
+    {"finger-server", 73, "IA"}, {"irc-server", 74, "IA"}, {"streettalk-server", 75, "IA"},
+    {"streettalk-directory-assistance-server", 76, "IA"}, {"user-class", 77, "X"},
+    {"slp-directory-agent", 78, "fIA"}, {"slp-service-scope", 79, ""}, {"fqdn", 81, ""},
+    {"relay-agent-information", 82, ""}, {"nds-servers", 85, "IA"}, {"nds-tree-name", 86, "t"},
+    {"nds-context", 87, "t"}, {"bcms-controller-names", 88, "D"}, {"bcms-controller-address", 89, "IA"},
+    {"client-last-transaction-time", 91, "n"}, {"associated-ip", 92, "IA"}, {"pxe-system-type", 93, "nA"},
+    {"pxe-interface-id", 94, "nnn"}, {"pxe-client-id", 97, "nX"}, {"uap-servers", 98, "t"},
+    {"geoconf-civic", 99, "X"}, {"pcode", 100, "t"}, {"tcode", 101, "t"}, {"v6-only-preferred", 108, "n"},
+    {"netinfo-server-address", 112, "IA"}, {"netinfo-server-tag", 113, "t"}, {"default-url", 114, "t"},
+    {"auto-config", 116, ""}, {"name-service-search", 117, "nA"}, {"subnet-selection", 118, "I"},
+    {"domain-search", 119, "D"}, {"vivco", 124, ""}, {"vivso", 125, "X"}, {"pana-agent", 136, "IA"},
+    {"v4-lost", 137, "d"}, {"capwap-ac-v4", 138, "IA"}, {"sip-ua-cs-domains", 141, ""},
+    {"ipv4-address-andsf", 142, ""}, {"rdnss-selection", 146, "nIId"}, {"tftp-server-address", 150, "IA"},
+    {"v4-portparams", 159, ""}, {"v4-captive-portal", 160, ""}, {"loader-configfile", 209, "t"},
+    {"loader-pathprefix", 210, "t"}, {"loader-reboottime", 211, "n"}, {"option-6rd", 212, ""},
+    {"v4-access-domain", 213, "d"},
+};
+
+// With their option space; in order, for the search.
+constexpr KnownOption Others[] = {
+    {"client.dummy-client-parm", 0, ""}, {"dhcp6.aftr-name", 0, "d"}, {"dhcp6.bcms-server-a", 0, "JA"},
+    {"dhcp6.bcms-server-d", 0, "D"}, {"dhcp6.bootfile-param", 0, "X"}, {"dhcp6.bootfile-url", 0, "t"},
+    {"dhcp6.capwap-ac-v6", 0, "JA"}, {"dhcp6.client-arch-type", 0, "nA"}, {"dhcp6.client-data", 0, "X"},
+    {"dhcp6.client-id", 0, "X"}, {"dhcp6.client-linklayer-addr", 0, "X"}, {"dhcp6.clt-time", 0, "n"},
+    {"dhcp6.dhcp4-o-dhcp6-server", 0, ""}, {"dhcp6.dhcpv4-msg", 0, ""}, {"dhcp6.domain-search", 0, "D"},
+    {"dhcp6.elapsed-time", 0, "n"}, {"dhcp6.ero", 0, "nA"}, {"dhcp6.erp-local-domain-name", 0, "d"},
+    {"dhcp6.fqdn", 0, "X"}, {"dhcp6.geoconf-civic", 0, "X"}, {"dhcp6.ia-addr", 0, "X"},
+    {"dhcp6.ia-na", 0, "X"}, {"dhcp6.ia-pd", 0, "X"}, {"dhcp6.ia-prefix", 0, "X"}, {"dhcp6.ia-ta", 0, "X"},
+    {"dhcp6.inf-max-rt", 0, "n"}, {"dhcp6.info-refresh-time", 0, "n"}, {"dhcp6.interface-id", 0, "X"},
+    {"dhcp6.ipv6-address-andsf", 0, ""}, {"dhcp6.link-address", 0, "J"}, {"dhcp6.lq-client-link", 0, "JA"},
+    {"dhcp6.lq-query", 0, "X"}, {"dhcp6.lq-relay-data", 0, ""}, {"dhcp6.name-servers", 0, "JA"},
+    {"dhcp6.new-posix-timezone", 0, "t"}, {"dhcp6.new-tzdb-timezone", 0, "t"}, {"dhcp6.nii", 0, "nnn"},
+    {"dhcp6.nis-domain-name", 0, "D"}, {"dhcp6.nis-servers", 0, "JA"}, {"dhcp6.nisp-domain-name", 0, "D"},
+    {"dhcp6.nisp-servers", 0, "JA"}, {"dhcp6.oro", 0, "nA"}, {"dhcp6.pana-agent", 0, "JA"},
+    {"dhcp6.preference", 0, "n"}, {"dhcp6.rapid-commit", 0, ""}, {"dhcp6.rdnss-selection", 0, ""},
+    {"dhcp6.reconf-accept", 0, ""}, {"dhcp6.reconf-msg", 0, ""}, {"dhcp6.relay-id", 0, "X"},
+    {"dhcp6.relay-msg", 0, "X"}, {"dhcp6.relay-source-port", 0, ""}, {"dhcp6.remote-id", 0, "X"},
+    {"dhcp6.server-id", 0, "X"}, {"dhcp6.sip-servers-addresses", 0, "JA"},
+    {"dhcp6.sip-servers-names", 0, "D"}, {"dhcp6.sip-ua-cs-list", 0, "D"}, {"dhcp6.sntp-servers", 0, "JA"},
+    {"dhcp6.solmax-rt", 0, "n"}, {"dhcp6.status-code", 0, ""}, {"dhcp6.subscriber-id", 0, "X"},
+    {"dhcp6.unicast", 0, "J"}, {"dhcp6.v6-access-domain", 0, "d"}, {"dhcp6.v6-captive-portal", 0, ""},
+    {"dhcp6.v6-lost", 0, "d"}, {"dhcp6.vendor-opts", 0, "X"}, {"fqdn.domainname", 0, ""},
+    {"fqdn.encoded", 0, "f"}, {"fqdn.fqdn", 0, "t"}, {"fqdn.hostname", 0, ""},
+    {"fqdn.no-client-update", 0, "f"}, {"fqdn.rcode1", 0, "n"}, {"fqdn.rcode2", 0, "n"},
+    {"fqdn.server-update", 0, "f"}, {"isc.media", 0, ""}, {"isc.update-assist", 0, ""},
+    {"isc6.4o6-interface", 0, ""}, {"isc6.4o6-source-address", 0, ""}, {"isc6.media", 0, ""},
+    {"isc6.update-assist", 0, ""}, {"nwip.autoretries", 0, "n"}, {"nwip.autoretry-secs", 0, "n"},
+    {"nwip.illegal-1", 0, ""}, {"nwip.illegal-2", 0, ""}, {"nwip.illegal-3", 0, ""},
+    {"nwip.illegal-4", 0, ""}, {"nwip.nearest-nwip-server", 0, "IA"}, {"nwip.nsq-broadcast", 0, "f"},
+    {"nwip.nwip-1-1", 0, "f"}, {"nwip.preferred-dss", 0, "IA"}, {"nwip.primary-dss", 0, "I"},
+    {"vendor-class.isc", 0, ""}, {"vendor.isc", 0, ""}, {"vsio.isc", 0, ""},
+};
+
+constexpr std::string_view Spaces[] = {
+    "client", "dhcp", "dhcp6", "fqdn", "fqdn6-if-you-see-me-its-a-bug-bug-bug", "isc", "isc6", "nwip",
+    "vendor", "vendor-class", "vsio",
+};
+
+const KnownOption *otherOption(std::string_view id)
+{
+    const auto found = std::lower_bound(std::begin(Others), std::end(Others), id,
+                                        [](const KnownOption &option, std::string_view key) { return option.id < key; });
+    return found != std::end(Others) && found->id == id ? found : nullptr;
+}
+
+} // namespace
+
+std::string_view knownFormat(std::string_view id)
+{
+    if (id.find('.') != std::string_view::npos) {
+        const KnownOption *other = otherOption(id);
+        return other ? other->format : std::string_view();
+    }
+    const auto found = std::find_if(std::begin(Dhcp), std::end(Dhcp),
+                                    [id](const KnownOption &option) { return option.id == id; });
+    return found == std::end(Dhcp) ? std::string_view() : found->format;
+}
+
+bool isKnownOption(std::string_view id)
+{
+    if (id.find('.') != std::string_view::npos)
+        return otherOption(id) != nullptr;
+    return knownCode(id) != 0;
+}
+
+bool isKnownSpace(std::string_view space)
+{
+    return std::binary_search(std::begin(Spaces), std::end(Spaces), space);
+}
+
+bool isNumberedOption(std::string_view id)
+{
+    const std::size_t dot = id.find('.');
+    if (dot != std::string_view::npos) {
+        if (!isKnownSpace(id.substr(0, dot)))
+            return false;
+        id.remove_prefix(dot + 1);
+    }
+    constexpr std::string_view prefix = "unknown-";
+    return id.size() > prefix.size() && id.substr(0, prefix.size()) == prefix
+        && id.find_first_not_of("0123456789", prefix.size()) == std::string_view::npos;
+}
+
+int knownCode(std::string_view id)
+{
+    const auto found = std::find_if(std::begin(Dhcp), std::end(Dhcp),
+                                    [id](const KnownOption &option) { return option.id == id; });
+    return found == std::end(Dhcp) ? 0 : found->code;
+}
+
+std::string_view knownName(int code)
+{
+    const auto found = std::find_if(std::begin(Dhcp), std::end(Dhcp),
+                                    [code](const KnownOption &option) { return option.code == code; });
+    return found == std::end(Dhcp) ? std::string_view() : found->id;
+}
+
+} // namespace DhclientConf

@@ -1,0 +1,199 @@
+#include "parser/parser.h"
+
+namespace DhclientConf {
+
+namespace {
+
+// Names are compared as the client compares them: without case, and "dhcp" is the space of names without one.
+void setId(Name &name, std::string_view space, std::string_view word)
+{
+    name.id = lower(word);
+    const std::string prefix = lower(space);
+    if (!prefix.empty() && prefix != "dhcp")
+        name.id = prefix + '.' + name.id;
+}
+
+void append(std::string &text, std::string_view token)
+{
+    if (!text.empty())
+        text += ' ';
+    text += lower(token);
+}
+
+} // namespace
+
+OptionType parseType(std::string_view text)
+{
+    Parser parser(text);
+    OptionType type = parser.optionType();
+    if (!parser.atEnd())
+        throw SyntaxError{1, "more than a type"};
+    return type;
+}
+
+std::string parseName(std::string_view text)
+{
+    try {
+        Parser parser(text);
+        const Name name = parser.optionName();
+        // Comments and blanks may stand in a file's name, an argument must be the bare name.
+        const bool bare = text.find_first_of(" \t\r\n\v\f#") == std::string_view::npos;
+        return parser.atEnd() && bare && name.begin == 0 && name.end == text.size() ? name.id : std::string();
+    } catch (const SyntaxError &) {
+        return {};
+    }
+}
+
+Name Parser::optionName()
+{
+    Name name{{}, m_token.begin, m_token.end, m_token.line, std::string::npos, {}};
+    const std::string_view first = m_token.text;
+    want(Token::Word, "an option's name");
+    std::string_view space;
+    std::string_view word = first;
+    if (takeSign('.')) {
+        space = first;
+        word = m_token.text;
+        want(Token::Word, "an option's name");
+    }
+    name.end = m_end;
+    setId(name, space, word);
+    return name;
+}
+
+void Parser::option(Statement &result, Scope scope)
+{
+    if (m_token.isWord("space")) {
+        if (scope != File)
+            refuse("an option space declared inside a block");
+        spaceDeclaration(result);
+        return;
+    }
+    result.kind = Statement::Declaration;
+    result.names.push_back(optionName());
+    want("code");
+    if (scope != File)
+        refuse("an option declared inside a block");
+    result.codeBegin = m_token.begin;
+    result.code = m_token.text;
+    want(Token::Number, "a code");
+    result.code.erase(0, std::min(result.code.find_first_not_of('0'), result.code.size() - 1));
+    result.codeEnd = m_end;
+    wantSign('=');
+    result.typeBegin = m_token.begin;
+    OptionType type = optionType();
+    result.type = std::move(type.text);
+    result.encapsulated = std::move(type.encapsulated);
+    result.typeEnd = m_end;
+    semicolon();
+}
+
+void Parser::spaceDeclaration(Statement &result)
+{
+    advance();
+    result.kind = Statement::Space;
+    result.word = lower(m_token.text);
+    want(Token::Word, "the name of an option space");
+    while (!m_token.isSign(';')) {
+        if (take("hash"))
+            want("size");
+        else if (take("code") || take("length"))
+            want("width");
+        else
+            refuse("\";\" expected");
+        want(Token::Number, "a number");
+    }
+    semicolon();
+}
+
+// The rest of this file is the type grammar of dhcp-options(5), DEFINING NEW OPTIONS, with the bounds that the
+// client sets: text, string and the domain types fill the rest of an option, so they end a record and stand in
+// no array; an array holds atoms or one record, a record holds atoms and arrays of atoms.
+OptionType Parser::optionType()
+{
+    OptionType type;
+    if (m_token.isSign('{'))
+        record(type, false);
+    else
+        atomOrArray(type, false);
+    return type;
+}
+
+void Parser::atomOrArray(OptionType &type, bool inArray)
+{
+    if (!m_token.isWord("array")) {
+        atom(type, inArray, true);
+        return;
+    }
+    if (inArray)
+        refuse("an array inside an array");
+    advance();
+    want("of");
+    append(type.text, "array");
+    append(type.text, "of");
+    if (m_token.isSign('{'))
+        record(type, true);
+    else
+        atom(type, true, true);
+}
+
+void Parser::record(OptionType &type, bool inArray)
+{
+    advance();
+    append(type.text, "{");
+    for (;;) {
+        const bool array = m_token.isWord("array");
+        if (array) {
+            if (inArray)
+                refuse("an array inside an array");
+            advance();
+            want("of");
+            append(type.text, "array");
+            append(type.text, "of");
+        }
+        atom(type, inArray || array, false);
+        if (!takeSign(','))
+            break;
+        type.text += ',';
+    }
+    wantSign('}');
+    append(type.text, "}");
+}
+
+void Parser::atom(OptionType &type, bool inArray, bool last)
+{
+    const std::string word = lower(m_token.text);
+    want(Token::Word, "a type");
+    append(type.text, word);
+    if (word == "boolean" || word == "ip-address" || word == "ip6-address")
+        return;
+    const bool sign = word == "signed" || word == "unsigned";
+    if (sign) {
+        want("integer");
+        append(type.text, "integer");
+    }
+    if (sign || word == "integer") {
+        const std::string_view width = m_token.text;
+        if (width != "8" && width != "16" && width != "32")
+            refuse("\"8\", \"16\" or \"32\" expected");
+        append(type.text, width);
+        advance();
+        return;
+    }
+    if (word == "encapsulate") {
+        type.encapsulated = lower(m_token.text);
+        append(type.text, m_token.text);
+        want(Token::Word, "the name of an option space");
+    } else if (word == "domain-list") {
+        if (take("compressed"))
+            append(type.text, "compressed");
+    } else if (word != "text" && word != "string" && word != "domain-name") {
+        throw SyntaxError{m_endLine, "no type is called \"" + word + "\""};
+    }
+    if (inArray)
+        refuse("an array of " + word);
+    if (!last && !m_token.isSign('}'))
+        refuse("\"}\" expected: " + word + " ends a record");
+}
+
+} // namespace DhclientConf

@@ -1,0 +1,264 @@
+#include "parser/parser.h"
+
+#include <algorithm>
+
+namespace DhclientConf {
+
+namespace {
+
+constexpr int DeepestNesting = 100;
+
+} // namespace
+
+std::vector<Statement> parse(std::string_view text)
+{
+    Parser parser(text);
+    return parser.statements(Parser::File);
+}
+
+Parser::Nesting::Nesting(Parser &parser) : m_parser(parser)
+{
+    if (parser.m_depth == DeepestNesting)
+        parser.refuse("blocks or brackets nested too deeply");
+    ++parser.m_depth;
+}
+
+const Token &Parser::advance()
+{
+    m_end = m_token.end;
+    m_endLine = m_token.line;
+    m_token = m_lexer.next();
+    return m_token;
+}
+
+void Parser::refuse(const std::string &reason) const
+{
+    // What is missing belongs behind the token before, which may stand lines above the one found instead.
+    throw SyntaxError{reason.find("expected") != std::string::npos ? m_endLine : m_token.line, reason};
+}
+
+bool Parser::take(std::string_view keyword)
+{
+    if (!m_token.isWord(keyword))
+        return false;
+    advance();
+    return true;
+}
+
+bool Parser::takeSign(char sign)
+{
+    if (!m_token.isSign(sign))
+        return false;
+    advance();
+    return true;
+}
+
+void Parser::want(std::string_view keyword)
+{
+    if (!take(keyword))
+        refuse("\"" + std::string(keyword) + "\" expected");
+}
+
+void Parser::wantSign(char sign)
+{
+    if (!takeSign(sign))
+        refuse(std::string("\"") + sign + "\" expected");
+}
+
+void Parser::want(Token::Kind kind, const char *what)
+{
+    if (m_token.kind != kind)
+        refuse(std::string(what) + " expected");
+    advance();
+}
+
+void Parser::semicolon()
+{
+    wantSign(';');
+}
+
+std::vector<Statement> Parser::statements(Scope scope)
+{
+    std::vector<Statement> result;
+    if (scope == File)
+        result.reserve(static_cast<std::size_t>(std::count(m_text.begin(), m_text.end(), ';')));
+    while (m_token.kind != Token::End && !(scope == Interface && m_token.isSign('}')))
+        result.push_back(statement(scope));
+    return result;
+}
+
+Statement Parser::statement(Scope scope)
+{
+    Statement result;
+    result.begin = m_token.begin;
+    result.line = m_token.line;
+    std::vector<Name> *const outerUses = m_uses;
+    m_uses = &result.uses;
+    if (take("also")) {
+        result.also = true;
+        if (!m_token.isWord("request") && !m_token.isWord("require"))
+            refuse("\"request\" or \"require\" expected");
+    }
+    if (take("request") || (take("require") && (result.kind = Statement::Require) == Statement::Require)) {
+        if (result.kind == Statement::Other)
+            result.kind = Statement::Request;
+        optionList(result);
+    } else if (take("include")) {
+        include(result);
+    } else if (take("option")) {
+        option(result, scope);
+    } else if (m_token.isWord("interface") || m_token.isWord("pseudo")) {
+        block(result, scope);
+    } else if (take("lease") || take("alias")) {
+        lease();
+    } else if (scope == File && take("key")) {
+        key();
+    } else if (!keywordStatement(scope) && !executable()) {
+        refuse(m_token.isSign('}') ? "a \"}\" without its \"{\""
+               : m_token.isSign(';') ? "a \";\" without a statement"
+                                     : "no statement starts with \"" + std::string(m_token.text) + "\"");
+    }
+    result.end = m_end;
+    m_uses = outerUses;
+    return result;
+}
+
+void Parser::optionList(Statement &result)
+{
+    result.keywordEnd = m_end;
+    // The client takes a comma before the ";", but none before the first name.
+    while (!m_token.isSign(';')) {
+        result.names.push_back(optionName());
+        if (!m_token.isSign(','))
+            break;
+        result.names.back().comma = m_token.begin;
+        advance();
+    }
+    semicolon();
+}
+
+void Parser::include(Statement &result)
+{
+    result.kind = Statement::Include;
+    const std::string_view quoted = m_token.text;
+    want(Token::String, "a quoted file name");
+    result.word = quoted.substr(1, quoted.size() - 2);
+    semicolon();
+}
+
+void Parser::block(Statement &result, Scope scope)
+{
+    const Nesting nesting(*this);
+    result.kind = Statement::Block;
+    result.pseudo = m_token.isWord("pseudo");
+    if (!result.pseudo && scope == Interface)
+        refuse("an interface block inside another block");
+    advance();
+    result.word = m_token.text;
+    want(Token::String, "an interface name in quotes");
+    if (result.pseudo)
+        want(Token::String, "an interface name in quotes");
+    wantSign('{');
+    result.body = statements(Interface);
+    result.bodyEnd = m_token.begin;
+    wantSign('}');
+}
+
+// The statements of dhclient.conf(5) with a form of their own; true if one was there.
+bool Parser::keywordStatement(Scope scope)
+{
+    static constexpr std::string_view times[] = {"timeout", "retry", "reboot", "select-timeout", "backoff-cutoff",
+                                                 "initial-interval", "initial-delay"};
+    static constexpr std::string_view words[] = {"do-forward-updates", "lease-id-format", "db-time-format"};
+    static constexpr std::string_view free[] = {"reject", "omapi"};
+    static constexpr std::string_view addresses[] = {"hardware", "anycast-mac"};
+    const auto takeOne = [this](const auto &keywords) {
+        return std::any_of(std::begin(keywords), std::end(keywords), [this](auto word) { return take(word); });
+    };
+    if (takeOne(times)) {
+        want(Token::Number, "a number of seconds");
+    } else if (takeOne(words)) {
+        want(Token::Word, "a word");
+    } else if (takeOne(free) || (scope == Interface && takeOne(addresses))) {
+        values();
+    } else if (take("script")) {
+        want(Token::String, "a quoted file name");
+    } else if (take("media")) {
+        do
+            want(Token::String, "a quoted media setup");
+        while (takeSign(','));
+    } else if (take("vendor")) {
+        want("option");
+        want("space");
+        want(Token::Word, "the name of an option space");
+    } else if (!take("bootp-broadcast-always")) {
+        return false;
+    }
+    semicolon();
+    return true;
+}
+
+void Parser::lease()
+{
+    wantSign('{');
+    while (!m_token.isSign('}')) {
+        if (take("option")) {
+            optionValue();
+        } else {
+            want(Token::Word, "a lease declaration or \"}\"");
+            if (!m_token.isSign(';'))
+                values();
+        }
+        semicolon();
+    }
+    advance();
+}
+
+// A key without its secret crashes the client.
+void Parser::key()
+{
+    if (m_token.kind != Token::String)
+        want(Token::Word, "the name of a key");
+    else
+        advance();
+    while (m_token.isSign('.')) {
+        advance();
+        want(Token::Word, "a name");
+    }
+    wantSign('{');
+    bool algorithm = false;
+    bool secret = false;
+    while (!m_token.isSign('}')) {
+        if (take("algorithm")) {
+            algorithm = true;
+        } else {
+            want("secret");
+            secret = true;
+        }
+        while (m_token.kind != Token::End && !m_token.isSign(';') && !m_token.isSign('{') && !m_token.isSign('}'))
+            advance();
+        semicolon();
+    }
+    if (!algorithm || !secret)
+        refuse("\"algorithm\" and \"secret\" expected");
+    advance();
+    takeSign(';');
+}
+
+void Parser::zone()
+{
+    if (m_token.kind == Token::String)
+        advance();
+    else
+        while (m_token.kind == Token::Word || m_token.kind == Token::Number || m_token.isSign('.'))
+            advance();
+    wantSign('{');
+    while (!m_token.isSign('}')) {
+        want(Token::Word, "a zone's statement or \"}\"");
+        values();
+        semicolon();
+    }
+    advance();
+}
+
+} // namespace DhclientConf

@@ -1,0 +1,190 @@
+#include "requests.h"
+
+#include "knownoptions.h"
+#include "placement.h"
+
+#include <algorithm>
+
+namespace DhclientConf {
+
+namespace {
+
+/// Where a name goes: into a list, or into a new "also request" statement.
+struct Target
+{
+    const Statement *list = nullptr;
+    std::size_t start = 0; ///< the first statement that a new one may stand before
+};
+
+bool isList(const Statement &statement)
+{
+    return statement.kind == Statement::Request;
+}
+
+// The list in force among these statements that the edited file holds itself; the last one called "also", if
+// they only add to a list from elsewhere. `from` is the first statement that may name the option.
+Target target(const Reading &reading, const std::vector<Statement> &statements, Target target, std::size_t from)
+{
+    for (std::size_t i = 0; i < statements.size(); ++i) {
+        const Statement &statement = statements[i];
+        const bool replaces = isList(statement) ? !statement.also
+                                                : statement.kind == Statement::Include && reading.replacesList(statement);
+        if (replaces)
+            target = {nullptr, i + 1};
+        if (i < from)
+            continue;
+        const bool plain = target.list && !target.list->also;
+        if (isList(statement) && (!statement.also || (!plain && !statement.names.empty())))
+            target.list = &statement;
+    }
+    target.start = std::max(target.start, from);
+    return target;
+}
+
+std::string addToFile(const Reading &reading, const std::string &name, std::size_t from)
+{
+    const std::vector<Statement> &statements = reading.statements();
+    const Target place = target(reading, statements, {}, from);
+    if (place.list)
+        return withName(reading.text(), *place.list, name);
+    const std::string added = "also request " + name + ';';
+    // Before the interface blocks, which take a copy of the list.
+    for (std::size_t i = place.start; i < statements.size(); ++i) {
+        if (statements[i].kind == Statement::Block)
+            return withBefore(reading.text(), statements[i], added);
+    }
+    return withAtEnd(reading.text(), added);
+}
+
+std::string addToBlocks(const Reading &reading, const Context &context, const std::string &name)
+{
+    Target place;
+    for (const Statement *block : context.blocks)
+        place = target(reading, block->body, place, 0);
+    if (place.list)
+        return withName(reading.text(), *place.list, name);
+    return withInBlock(reading.text(), *context.blocks.back(), "also request " + name + ';');
+}
+
+bool holds(const Context &context, const Entry &wanted)
+{
+    return std::any_of(context.entries.begin(), context.entries.end(), [&wanted](const Entry &entry) {
+        return entry.list == wanted.list && entry.index == wanted.index;
+    });
+}
+
+// The first statement at top level that may name the option.
+std::size_t knownFrom(const Reading &reading, const std::string &id, bool declared)
+{
+    if (declared || isKnownOption(id) || !reading.declarations(id).empty())
+        return 0;
+    const std::vector<Foreign> foreign = reading.foreignDeclarations(id);
+    return foreign.empty() ? 0 : foreign.front().anchor + 1;
+}
+
+std::optional<std::string> withoutOne(std::string_view text, const std::vector<Statement> &statements,
+                                      const std::string &id, Lists lists)
+{
+    for (const Statement &statement : statements) {
+        if (statement.kind == Statement::Require || (isList(statement) && lists == Lists::Both)) {
+            for (std::size_t i = 0; i < statement.names.size(); ++i) {
+                if (statement.names[i].id == id)
+                    return withoutName(text, statement, i);
+            }
+        }
+        if (std::optional<std::string> result = withoutOne(text, statement.body, id, lists))
+            return result;
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+void requestOnce(Draft &draft, const std::string &id, const std::string &name, bool declared)
+{
+    for (;;) {
+        const Reading &reading = draft.reading();
+        const std::size_t from = knownFrom(reading, id, declared);
+        std::optional<std::string> next;
+        std::vector<std::string> hopeless;
+        for (const Context &context : reading.contexts()) {
+            std::vector<const Entry *> entries;
+            for (const Entry &entry : context.entries) {
+                if (entry.id == id)
+                    entries.push_back(&entry);
+            }
+            // The contexts before this one are right already: what they share with it stays.
+            const auto own = std::find_if(entries.rbegin(), entries.rend(), [&](const Entry *entry) {
+                return entry->list && !entry->foreign
+                    && std::none_of(reading.contexts().data(), &context, [entry](const Context &earlier) {
+                           return holds(earlier, *entry);
+                       });
+            });
+            const bool everywhere = context.interface.empty();
+            if (entries.size() > 1 && own != entries.rend())
+                next = withoutName(draft.text(), *(*own)->list, (*own)->index);
+            else if (entries.size() > 1)
+                hopeless.push_back("an included file requests \"" + name + "\" once more"
+                                   + (everywhere ? "" : " for interface " + context.interface));
+            else if (entries.empty() && everywhere)
+                next = addToFile(reading, name, from);
+            else if (entries.empty() && !context.blocks.empty())
+                next = addToBlocks(reading, context, name);
+            else if (entries.empty())
+                hopeless.push_back("an included file alone says what interface " + context.interface
+                                   + " requests, without \"" + name + "\"");
+            if (next)
+                break;
+        }
+        if (!next) {
+            std::for_each(hopeless.begin(), hopeless.end(), [&draft](const std::string &line) { draft.note(line); });
+            return;
+        }
+        draft.change(std::move(*next));
+    }
+}
+
+void unlist(Draft &draft, const std::string &id, Lists lists)
+{
+    for (;;) {
+        std::optional<std::string> next = withoutOne(draft.text(), draft.reading().statements(), id, lists);
+        if (!next)
+            return;
+        draft.change(std::move(*next));
+    }
+}
+
+void requestNowhere(Draft &draft, const std::string &id)
+{
+    unlist(draft, id, Lists::Both);
+    const Reading &reading = draft.reading();
+    for (const Foreign &foreign : reading.foreign()) {
+        const std::vector<Name> &names = foreign.statement->names;
+        const bool list = isList(*foreign.statement) || foreign.statement->kind == Statement::Require;
+        if (list && std::any_of(names.begin(), names.end(), [&id](const Name &name) { return name.id == id; }))
+            draft.note("the included file \"" + reading.statements()[foreign.anchor].word + "\" still lists \""
+                            + id + "\"");
+    }
+    const auto asked = [&id](const Context &context) {
+        return std::any_of(context.entries.begin(), context.entries.end(), [&id](const Entry &entry) {
+            return !entry.list && entry.id == id;
+        });
+    };
+    if (std::none_of(reading.contexts().begin(), reading.contexts().end(), asked))
+        return;
+
+    std::vector<std::string> others;
+    for (const std::string_view other : BuiltInRequests) {
+        if (other != id)
+            others.emplace_back(other);
+    }
+    const std::string list = listStatement("request", others, lineEnd(draft.text()));
+    // It replaces all before it, so it goes before whatever adds to the list or takes a copy of it.
+    for (const Statement &statement : reading.statements()) {
+        if (isList(statement) || statement.kind == Statement::Block || statement.kind == Statement::Include)
+            return draft.change(withBefore(draft.text(), statement, list));
+    }
+    draft.change(withAtEnd(draft.text(), list));
+}
+
+} // namespace DhclientConf

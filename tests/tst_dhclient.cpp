@@ -1,0 +1,364 @@
+// The editor's core: golden cases of old text, commands and new text; what the client takes, and what not.
+
+#include "edit.h"
+#include "knownoptions.h"
+#include "parser/statements.h"
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace DhclientConf;
+
+Q_DECLARE_METATYPE(DhclientConf::Command)
+
+namespace {
+
+struct Golden
+{
+    QByteArray title;
+    QByteArray old, commands, expected, error, notes;
+};
+
+QString u(const char *text)
+{
+    return QString::fromUtf8(text);
+}
+
+QVector<Golden> goldens(const QString &name)
+{
+    QFile file(u(GOLDEN_PATH "/") + name);
+    if (!file.open(QIODevice::ReadOnly))
+        qFatal("no %s", qUtf8Printable(file.fileName()));
+    QVector<Golden> result;
+    QByteArray *section = nullptr;
+    for (QByteArray line = file.readLine(); !line.isEmpty(); line = file.readLine()) {
+        if (line.startsWith("== ")) {
+            result.append(Golden());
+            result.last().title = line.mid(3).trimmed();
+            section = nullptr;
+        } else if (line.startsWith("-- ")) {
+            const QByteArray word = line.mid(3).trimmed();
+            Golden &golden = result.last();
+            section = word == "OLD" ? &golden.old : word == "COMMANDS" ? &golden.commands
+                : word == "EXPECTED" ? &golden.expected : word == "ERROR" ? &golden.error : &golden.notes;
+        } else if (section) {
+            section->append(line.replace("<CR>", "\r"));
+        }
+    }
+    for (Golden &golden : result) {
+        for (QByteArray *text : {&golden.old, &golden.commands, &golden.expected, &golden.error, &golden.notes}) {
+            if (text->endsWith("\n\n")) // the blank line before the next case
+                text->chop(1);
+            text->replace("<END>\n", "");
+        }
+    }
+    return result;
+}
+
+QVector<Golden> allGoldens()
+{
+    return goldens(u("requests.txt")) + goldens(u("declarations.txt"));
+}
+
+std::vector<Command> commandsOf(const QByteArray &lines)
+{
+    std::vector<Command> result;
+    for (const QByteArray &line : lines.split('\n')) {
+        const QByteArray word = line.left(line.indexOf(' '));
+        if (!word.isEmpty())
+            result.push_back({word == "--add-request" ? Command::AddRequest : word == "--del-request"
+                                  ? Command::DelRequest : word == "--add-new-option" ? Command::AddNewOption
+                                                                                     : Command::DelNewOption,
+                              line.mid(word.size() + 1).toStdString()});
+    }
+    return result;
+}
+
+std::optional<std::string> included(const std::string &path)
+{
+    if (path == "/included.conf")
+        return "option inc code 190 = text; request inc, routers;";
+    if (path == "/broken.conf")
+        return "request routers;\nrequest ntp-servers\n";
+    if (path == "/itself.conf")
+        return "include \"/itself.conf\";";
+    return std::nullopt;
+}
+
+Result edited(const QByteArray &text, const QByteArray &commands)
+{
+    return edit(text.toStdString(), commandsOf(commands), included);
+}
+
+QByteArray notesOf(const Result &result)
+{
+    QByteArray notes;
+    for (const std::string &note : result.notes)
+        notes += QByteArray::fromStdString(note) + '\n';
+    return notes;
+}
+
+/// The real client's parser, as a copy that no profile binds to its own files.
+class Client
+{
+public:
+    Client()
+    {
+        const QString program = QStandardPaths::findExecutable(u("dhclient"), {u("/sbin"), u("/usr/sbin")});
+        const bool alone = QProcess::execute(u("unshare"), {u("-n"), u("-m"), u("true")}) == 0;
+        isThere = alone && !program.isEmpty() && QFile::copy(program, folder.filePath(u("client")));
+        write(u("leases"), {});
+    }
+
+    /// Its complaints about the text, empty if it takes it.
+    QByteArray complaints(const QByteArray &text)
+    {
+        write(u("conf"), text);
+        QProcess process;
+        process.start(u("unshare"), {u("-n"), u("-m"), folder.filePath(u("client")), u("-d"), u("-1"), u("-4"),
+                                     u("-cf"), folder.filePath(u("conf")), u("-lf"), folder.filePath(u("leases")),
+                                     u("-pf"), folder.filePath(u("pid")), u("-sf"), u("/bin/true"), u("nosuchif0")});
+        if (!process.waitForFinished() || process.exitStatus() != QProcess::NormalExit)
+            return "no end, or a crash";
+        QByteArray result;
+        bool ran = false;
+        for (const QByteArray &line : process.readAllStandardError().split('\n')) {
+            ran = ran || line.contains("nosuchif0") || line.contains("interface");
+            if (line.contains(" line "))
+                result += line + '\n';
+        }
+        return ran ? result : QByteArray("it did not run");
+    }
+
+    bool isThere = false;
+
+private:
+    void write(const QString &name, const QByteArray &text)
+    {
+        QFile file(folder.filePath(name));
+        if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size())
+            qFatal("cannot write");
+    }
+
+    QTemporaryDir folder;
+};
+
+} // namespace
+
+class TestDhclient : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void golden_data()
+    {
+        QTest::addColumn<int>("index");
+        const QVector<Golden> cases = allGoldens();
+        for (int i = 0; i < cases.size(); ++i)
+            QTest::newRow(cases[i].title.constData()) << i;
+    }
+
+    void golden()
+    {
+        QFETCH(int, index);
+        const Golden golden = allGoldens().at(index);
+        const Result result = edited(golden.old, golden.commands);
+        QByteArray error;
+        if (result.status != Result::Done)
+            error = QByteArray::number(result.status == Result::Broken ? 1 : 2)
+                + (result.line ? " line " + QByteArray::number(result.line) + ':' : QByteArray()) + ' '
+                + QByteArray::fromStdString(result.error) + '\n';
+        const QByteArray text = QByteArray::fromStdString(result.text);
+        if (error != golden.error || text != golden.expected || notesOf(result) != golden.notes) {
+            const QByteArray shown = "\n-- OLD\n" + golden.old + "-- COMMANDS\n" + golden.commands + "-- EXPECTED\n"
+                + golden.expected + golden.error + golden.notes + "-- GOT\n" + text + error + notesOf(result);
+            QFAIL(shown.constData());
+        }
+        if (result.status == Result::Done) {
+            const Result again = edited(text, golden.commands);
+            QCOMPARE(QByteArray::fromStdString(again.text), text);
+        }
+    }
+
+    void goldenByTheClient()
+    {
+        Client client;
+        if (!client.isThere)
+            QSKIP("no dhclient here, or no right to make namespaces");
+        QVERIFY(!client.complaints("request nosuch;").isEmpty());
+        for (const Golden &golden : allGoldens()) {
+            if (golden.error.isEmpty() && !golden.expected.contains("include"))
+                QCOMPARE(client.complaints(golden.expected), QByteArray());
+        }
+    }
+
+    // Every name that the client is said to know, and every type, asked of the client itself.
+    void knowledgeByTheClient()
+    {
+        Client client;
+        if (!client.isThere)
+            QSKIP("no dhclient here, or no right to make namespaces");
+        QByteArray text;
+        int known = 0;
+        for (int code = 1; code < 255; ++code) {
+            const std::string_view name = knownName(code);
+            if (name.empty())
+                continue;
+            ++known;
+            text += "also request " + QByteArray(name.data(), int(name.size())) + ";\n";
+        }
+        QVERIFY(known > 100);
+        for (const std::string_view name : BuiltInRequests)
+            text += "require " + QByteArray(name.data(), int(name.size())) + ";\n";
+        QCOMPARE(client.complaints(text), QByteArray());
+        for (const Row &row : rows()) {
+            const QByteArray declaration = QByteArray("option space sp; option foo code 200 = ") + row.type + ';';
+            QVERIFY2(client.complaints(declaration).isEmpty() == row.good, row.type);
+        }
+    }
+
+    void types()
+    {
+        for (const Row &row : rows()) {
+            const Result result = edit("option space sp;", {{Command::AddNewOption, std::string("foo 200 ") + row.type}},
+                                       included);
+            QVERIFY2((result.status == Result::Done) == row.good, row.type);
+        }
+    }
+
+    void arguments_data()
+    {
+        QTest::addColumn<QByteArray>("command");
+        const char *const commands[] = {
+            "--add-request ", "--add-request 12", "--add-request foo bar", "--add-request routers;request",
+            "--add-request routers\n", "--add-request routers#", "--add-request .routers", "--add-request dhcp6.",
+            "--add-request a.b.c", "--add-request \"routers\"", "--add-request r\xe4uter", "--add-request unknown-228",
+            "--del-request routers, host-name", "--add-request space", "--add-new-option foo", "--add-new-option foo 200",
+            "--add-new-option foo 200 ", "--add-new-option foo 0 text", "--add-new-option foo 255 text",
+            "--add-new-option foo -1 text", "--add-new-option foo 0x10 text", "--add-new-option foo 010 text",
+            "--add-new-option foo 4294967496 text", "--add-new-option foo 200 text; request routers",
+            "--add-new-option foo 200 text # x", "--add-new-option foo 200 text }", "--add-new-option space 200 text",
+            "--add-new-option sp.x 200 text", "--del-new-option foo 300 text", "--del-new-option foo 200 nothing"};
+        for (const char *command : commands)
+            QTest::newRow(QByteArray(command).simplified().constData()) << QByteArray(command);
+    }
+
+    void arguments()
+    {
+        QFETCH(QByteArray, command);
+        const int blank = command.indexOf(' ');
+        std::vector<Command> commands = commandsOf(command.left(blank) + " x");
+        commands.front().argument = command.mid(blank + 1).toStdString();
+        const Result result = edit("request subnet-mask;\n", commands, included);
+        QCOMPARE(int(result.status), int(Result::Refused));
+        QVERIFY(!result.error.empty());
+        QCOMPARE(result.error.find('\n'), std::string::npos);
+    }
+
+    void broken_data()
+    {
+        QTest::addColumn<QByteArray>("text");
+        QTest::addColumn<int>("line");
+        const auto row = [](const char *text, int line) { QTest::newRow(text) << QByteArray(text) << line; };
+        row("timeout 5;\nrequest routers\ntimeout 6;\n", 2);
+        row("send host-name \"x\"\nrequest routers;\n", 1);
+        row("timeout 5\nretry 6;\n", 1);
+        row("supersede ip-forwarding true\non commit { }\n", 1);
+        row("send host-name = gethostname()\nsend user-class \"x\";\n", 1);
+        row("\n\ninterface \"e0\" {\n timeout 3;\n", 4);
+        row("}\n", 1);
+        row("request routers;;\n", 1);
+        row("interface \"e0\" { };\n", 1);
+        row("\nsend host-name \"x;\nrequest routers;\n", 2);
+        row("send host-name \"\\12\";\n", 1);
+        row("request routers ntp-servers;\n", 1);
+        row("request , routers;\n", 1);
+        row("request \"routers\";\n", 1);
+        row("also send host-name \"x\";\n", 1);
+        row("nonsense 5;\n", 1);
+        row("option foo code 200 = nonsense;\n", 1);
+        row("option foo 200 = text;\n", 1);
+        row("interface \"e0\" { option foo code 200 = text; }\n", 1);
+        row("interface e0 { }\n", 1);
+        row("if exists routers { request ntp-servers; }\n", 1);
+        row("key k { algorithm hmac-md5; }\n", 1);
+        row("send nosuch \"x\";\n", 1);
+        row("request foo;\noption foo code 200 = text;\n", 1);
+        row("supersede routers \"x\";\nrequest ntp-servers;\n", 1);
+        row("option foo code 200 = integer 8;\nsend foo 1.2.3.4;\n", 2);
+        row("# caf\xff\nrequest routers;\n", 1);
+        row("\n\ninclude \"/broken.conf\";\n", 3);
+        row("include \"/itself.conf\";\n", 1);
+        row("if ((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((", 1);
+    }
+
+    void broken()
+    {
+        QFETCH(QByteArray, text);
+        const Result result = edited(text, "--add-request routers\n");
+        QCOMPARE(int(result.status), int(Result::Broken));
+        QTEST(result.line, "line");
+        QVERIFY(!result.error.empty());
+    }
+
+    void accepted()
+    {
+        // The sample of dhclient.conf(5) and what else its pages show.
+        const QByteArray text =
+            "timeout 60; retry 60; reboot 10; select-timeout 5; initial-interval 2; initial-delay 3;\n"
+            "reject 192.33.137.209, 10.0.0.0/8;\nlease-id-format hex; db-time-format local;\n"
+            "interface \"ep0\" {\n  send host-name \"andare.example.com\";\n"
+            "  hardware ethernet 00:a0:24:ab:fb:9c;\n  send dhcp-client-identifier 1:0:a0:24:ab:fb:9c;\n"
+            "  supersede domain-search \"example.com\", \"rc.example.org\";\n  prepend domain-name-servers 127.0.0.1;\n"
+            "  script \"/sbin/dhclient-script\";\n  media \"media 10baseT/UTP\", \"media 10base2/BNC\";\n}\n"
+            "alias { interface \"ep0\"; fixed-address 192.5.5.213; option subnet-mask 255.255.255.255; }\n"
+            "lease { interface \"eth0\"; fixed-address 192.33.137.200; medium \"link0 link1\"; renew 2 2000/1/12 00:00:01; }\n"
+            "send fqdn.encoded on; send fqdn.fqdn \"grosse.example.com.\"; also request fqdn, dhcp6.fqdn;\n"
+            "send host-name = concat(option domain-name, \"x\", substring(hardware, 1, 6));\n"
+            "if not exists routers and (option host-name = \"a\" or known) { set x = 1:2; } elsif static { }\n"
+            "else if option routers ~= \"x\" { log(info, \"x\"); execute(\"/bin/true\", \"a\"); } else { break; }\n"
+            "on commit or expiry { unset x; option host-name \"y\"; }\n"
+            "switch (option host-name) { case \"a\": set x = \"a\"; break; default: set x = \"b\"; }\n"
+            "key \"k\" { algorithm hmac-md5; secret abcd==; };\nzone example.org. { primary 127.0.0.1; key k; }\n"
+            "option space SUNW code width 1 length width 1 hash size 3;\noption SUNW.name code 3 = text;\n"
+            "option contrived-001 code 201 = { boolean, integer 32, text };\nsend contrived-001 on 1772 \"contrivance\";\n"
+            "supersede dhcp6.name-servers 3ffe:bbbb::1, ::1; send dhcp6.rapid-commit; vendor option space SUNW;\n";
+        const Result result = edited(text, "--add-request routers\n");
+        QCOMPARE(QByteArray::fromStdString(result.error), QByteArray());
+        QCOMPARE(QByteArray::fromStdString(result.text), text);
+        Client client;
+        if (client.isThere)
+            QCOMPARE(client.complaints(text), QByteArray());
+    }
+
+private:
+    struct Row
+    {
+        const char *type;
+        bool good;
+    };
+
+    static std::vector<Row> rows()
+    {
+        return {{"boolean", true}, {"integer 8", true}, {"signed integer 16", true}, {"UNSIGNED integer 32", true},
+                {"ip-address", true}, {"ip6-address", true}, {"text", true}, {"string", true}, {"domain-name", true},
+                {"domain-list", true}, {"domain-list compressed", true}, {"encapsulate sp", true},
+                {"array of ip-address", true}, {"array of boolean", true}, {"array of { ip-address, integer 8 }", true},
+                {"{ boolean, integer 32, text }", true}, {"{ array of ip-address, text }", true},
+                {"{ encapsulate sp }", true}, {"{ domain-list compressed }", true},
+                {"flag", false}, {"uint8", false}, {"integer", false}, {"integer 64", false}, {"unsigned", false},
+                {"domain-name compressed", false}, {"encapsulate nosuch", false}, {"array ip-address", false},
+                {"array of text", false}, {"array of domain-name", false}, {"array of array of boolean", false},
+                {"array of encapsulate sp", false}, {"{ }", false}, {"{ text, boolean }", false},
+                {"{ ip-address, }", false}, {"{ ip-address integer 8 }", false}, {"{ { text } }", false},
+                {"array of { ip-address, text }", false}, {"array of { array of boolean }", false},
+                {"{ array of { ip-address } }", false}, {"{ encapsulate sp, text }", false}, {"text text", false}};
+    }
+};
+
+QTEST_GUILESS_MAIN(TestDhclient)
+#include "tst_dhclient.moc"

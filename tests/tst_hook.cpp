@@ -1,0 +1,890 @@
+// The client's exit hook, sourced by the shell as the client's script does it, with the program behind it.
+
+#include "dhcpoption.h"
+#include "trial.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QRandomGenerator>
+#include <QTest>
+
+#include <signal.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <map>
+#include <memory>
+#include <vector>
+
+namespace {
+
+using Variables = std::map<QByteArray, QByteArray>;
+/// File names and contents of a folder.
+using Files = QMap<QString, QByteArray>;
+
+QString u(const char *text)
+{
+    return QString::fromUtf8(text);
+}
+
+const QString Values = QStringLiteral("/var/lib/dhcp3/vars");
+
+QString interfaceFolder(const char *name)
+{
+    return Values + QLatin1Char('/') + u(name);
+}
+
+/// Whether a character ends lines, steers terminals or turns the direction of what follows.
+bool isDangerous(QChar character)
+{
+    switch (character.direction()) {
+    case QChar::DirLRE:
+    case QChar::DirLRO:
+    case QChar::DirRLE:
+    case QChar::DirRLO:
+    case QChar::DirPDF:
+    case QChar::DirLRI:
+    case QChar::DirRLI:
+    case QChar::DirFSI:
+    case QChar::DirPDI:
+    case QChar::DirB:
+        return true;
+    default:
+        return character.category() == QChar::Other_Control || character.category() == QChar::Separator_Line;
+    }
+}
+
+/// A process of the stand-in, under any name and arguments; killed at the end.
+class StandIn
+{
+public:
+    StandIn(const QByteArray &name, const QStringList &arguments, const Variables &variables = {})
+    {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        for (const auto &[variable, value] : variables)
+            environment.insert(QString::fromUtf8(variable), QString::fromUtf8(value));
+        m_process.setProcessEnvironment(environment);
+        m_process.start(u("bash"),
+                        QStringList({u("-c"), u("name=$1; shift 1; exec -a \"$name\" \"$0\" \"$@\""),
+                                     u(STAND_IN_PATH), QString::fromUtf8(name)})
+                            + arguments);
+        if (!m_process.waitForStarted() || !m_process.waitForReadyRead())
+            qFatal("the stand-in does not start");
+        QTest::qWait(25); // start times are counted in steps of 10 ms
+    }
+    explicit StandIn(const QByteArray &name = "dhclient")
+        : StandIn(name, {u("-1")})
+    {
+    }
+    ~StandIn()
+    {
+        m_process.kill();
+        m_process.waitForFinished();
+    }
+
+    QByteArray pid() const { return QByteArray::number(m_process.processId()); }
+    bool wasKilled() { return ends(2000) && m_process.exitCode() == SIGKILL; }
+    bool lives() { return !ends(50); }
+    QByteArray said()
+    {
+        while (m_process.waitForReadyRead(100)) { }
+        return m_process.readAllStandardOutput();
+    }
+
+private:
+    Q_DISABLE_COPY(StandIn)
+    bool ends(int milliseconds)
+    {
+        // Its end may have been seen while something else was waited for.
+        return m_process.state() == QProcess::NotRunning || m_process.waitForFinished(milliseconds);
+    }
+
+    QProcess m_process;
+};
+
+} // namespace
+
+class TestHook : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        m_root = std::make_unique<TrialRoot>();
+        QDir().mkpath(m_root->path(u("/usr/libexec/kiro-dhcp-mgr")));
+        QVERIFY(QFile::link(u(RECORDER_PATH), m_root->path(u("/usr/libexec/kiro-dhcp-mgr/record-lease"))));
+        m_root->write(u("/script"), "#!/bin/sh\n. \"" HOOK_PATH "\"\n");
+    }
+
+    void value_data()
+    {
+        QTest::addColumn<QByteArray>("passed"); // as the client passes it
+        QTest::addColumn<QString>("shown");
+        const auto same
+            = [](const char *name, const char *text) { QTest::newRow(name) << QByteArray(text) << u(text); };
+        same("address list", "192.0.2.1 192.0.2.2");
+        same("raw data", "0:1:ff:41");
+        same("empty", "");
+        same("comment sign", "#text");
+        same("blanks at both ends", "  text ");
+        same("assignment", "a=b");
+        same("path", "../../../../etc/passwd");
+        same("unescaped UTF-8", "gr\xC3\xBC\xC3\x9F");
+        QTest::newRow("single quotes at both ends") << QByteArray("\\'a\\'") << u("'a'");
+        QTest::newRow("double quotes at both ends") << QByteArray("\\\"a\\\"") << u("\"a\"");
+        QTest::newRow("one quote") << QByteArray("\\'") << u("'");
+        QTest::newRow("command") << QByteArray(
+            "\\$(touch ran)\\`touch ran\\`\\';touch ran;\\' \\| touch ran \\& x")
+                                 << u("$(touch ran)`touch ran`';touch ran;' | touch ran & x");
+        QTest::newRow("unescaped command") << QByteArray("$(touch ran)`touch ran`';touch ran;'\"")
+                                           << u("$(touch ran)`touch ran`';touch ran;'\"");
+        QTest::newRow("backslash") << QByteArray("C:\\\\x\\\\012") << u("C:\\x\\012");
+        QTest::newRow("backslash at the end") << QByteArray("a\\") << u("a\\");
+        QTest::newRow("no escape of the client's") << QByteArray("\\q\\12\\777") << u("\\q\\12\\777");
+        QTest::newRow("two, three, four bytes")
+            << QByteArray("\\303\\244\\342\\202\\254\\360\\237\\230\\200") << u("\u00E4\u20AC\U0001F600");
+        QTest::newRow("line ends") << QByteArray("a\\012b\\015c") << u("a\\012b\\015c");
+        QTest::newRow("unescaped line ends")
+            << QByteArray("a\nnew_x='y'\r\n") << u("a\\012new_x='y'\\015\\012");
+        QTest::newRow("other line ends")
+            << QByteArray("\\302\\205\\342\\200\\250") << u("\\302\\205\\342\\200\\250");
+        QTest::newRow("tab, escape, delete, zero")
+            << QByteArray("\\011\\033[2J\\177\\000x") << u("\\011\\033[2J\\177\\000x");
+        QTest::newRow("direction") << QByteArray("\\342\\200\\256x\\342\\201\\246")
+                                   << u("\\342\\200\\256x\\342\\201\\246");
+        QTest::newRow("invisible") << QByteArray("\\357\\273\\277a\\342\\200\\213")
+                                   << u("\\357\\273\\277a\\342\\200\\213");
+        QTest::newRow("joiner") << QByteArray("\\342\\200\\214") << u("\u200C");
+        QTest::newRow("no UTF-8") << QByteArray("\\377a\\200\\303") << u("\\377a\\200\\303");
+        QTest::newRow("overlong") << QByteArray("\\300\\257\\340\\200\\257")
+                                  << u("\\300\\257\\340\\200\\257");
+        QTest::newRow("surrogate") << QByteArray("\\355\\240\\200") << u("\\355\\240\\200");
+        QTest::newRow("beyond Unicode") << QByteArray("\\364\\220\\200\\200") << u("\\364\\220\\200\\200");
+        QByteArray binary;
+        for (int i = 0; i < 255; ++i)
+            binary += '\\' + QByteArray::number(0200 + i % 0100, 8);
+        QTest::newRow("255 bytes of no text") << binary << QString::fromLatin1(binary);
+    }
+
+    void value()
+    {
+        QFETCH(QByteArray, passed);
+        run("BOUND", "eth0", "2", {{"new_shown", passed}});
+        QCOMPARE(m_errors, QByteArray());
+        const DhcpOption option(m_root->define(u("shown"), 200, Custom), nullptr);
+        QTEST(option.currentValue, "shown");
+        QCOMPARE(files(interfaceFolder("eth0")).keys(), QStringList(u("shown")));
+        QVERIFY(!QFile::exists(m_root->path(u("/ran"))));
+    }
+
+    void names()
+    {
+        run("BOUND", "eth0", "2",
+            {{"new_domain_name_servers", "a"},
+             {"new_unknown_228", "b"},
+             {"new_x-y", "c"},
+             {"new_interface_mtu", "500"},
+             {"new_domain_search", "d"},
+             {"new_domain_name", "e"},
+             // set by the client, yet no options
+             {"new_ip_address", "192.0.2.9"},
+             {"new_expiry", "1"},
+             {"new_network_number", "192.0.2.0"},
+             {"new_filename", "f"},
+             {"new_server_name", "g"},
+             {"new_next_server", "192.0.2.1"},
+             {"old_routers", "h"},
+             {"requested_routers", "1"},
+             {"alias_ip_address", "i"},
+             // no names of options
+             {"new_", "j"},
+             {"new_.interfaces", "k"},
+             {"new_..", "l"},
+             {"new_../../x", "m"},
+             {"new_/x", "n"},
+             {"new__x", "o"},
+             {"new_a b", "p"},
+             {"new_a\nb", "q"},
+             {"new_\xFF", "r"},
+             {"new_" + QByteArray(201, 'x'), "s"}});
+        QCOMPARE(m_errors, QByteArray());
+        QCOMPARE(files(interfaceFolder("eth0")),
+                 Files({{u("domain-name-servers"), "new_domain_name_servers='a'\n"},
+                        {u("unknown-228"), "new_unknown_228='b'\n"},
+                        {u("x-y"), "new_x_y='c'\n"},
+                        {u("interface-mtu"), "new_interface_mtu='500'\n"},
+                        {u("domain-search"), "new_domain_search='d'\n"},
+                        {u("domain-name"), "new_domain_name='e'\n"}}));
+        QCOMPARE(QDir(m_root->path(Values)).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+                 QStringList({u(".clients"), u(".interfaces"), u(".lock"), u("eth0")}));
+        QCOMPARE(mode(interfaceFolder("eth0")), 0755u);
+        QCOMPARE(mode(interfaceFolder("eth0") + u("/domain-name")), 0644u);
+    }
+
+    // Debian's script blanks a small MTU and puts the domain before the search list, ahead of the hooks.
+    void changedByTheScript()
+    {
+        m_root->write(u("/script"),
+                      "#!/bin/sh\nnew_interface_mtu=''\nnew_domain_search=\"x $new_domain_search\"\n"
+                      "new_added=y\nexport new_added\nunset new_host_name\n. \"" HOOK_PATH "\"\n");
+        run("BOUND", "eth0", "2",
+            {{"new_interface_mtu", "500"}, {"new_domain_search", "d"}, {"new_host_name", "h"}});
+        QCOMPARE(files(interfaceFolder("eth0")),
+                 Files({{u("interface-mtu"), "new_interface_mtu='500'\n"},
+                        {u("domain-search"), "new_domain_search='d'\n"},
+                        {u("host-name"), "new_host_name='h'\n"}}));
+    }
+
+    void event_data()
+    {
+        QTest::addColumn<QByteArray>("reason");
+        QTest::addColumn<bool>("byOther");
+        QTest::addColumn<bool>("ownerLives");
+        QTest::addColumn<QByteArray>("value"); // null: no files
+        const QByteArray old("old");
+        const QByteArray fresh("fresh");
+        for (const QByteArray reason : {"BOUND", "REBOOT", "TIMEOUT"}) {
+            QTest::newRow(reason) << reason << false << true << fresh;
+            QTest::newRow(QByteArray(reason + " of another").constData()) << reason << true << true << fresh;
+        }
+        for (const QByteArray reason : {"RENEW", "REBIND"}) {
+            QTest::newRow(reason) << reason << false << true << fresh;
+            QTest::newRow(QByteArray(reason + " of another").constData()) << reason << true << true << old;
+            QTest::newRow(QByteArray(reason + " of another, owner gone").constData())
+                << reason << true << false << fresh;
+        }
+        for (const QByteArray reason : {"EXPIRE", "FAIL", "RELEASE", "STOP", "V6ONLY"}) {
+            QTest::newRow(reason) << reason << false << true << QByteArray();
+            QTest::newRow(QByteArray(reason + " of another").constData()) << reason << true << true << old;
+            QTest::newRow(QByteArray(reason + " of another, owner gone").constData())
+                << reason << true << false << QByteArray();
+        }
+        for (const QByteArray reason : {"PREINIT", "MEDIUM", "NBI", "BOUND6", "RENEW6", "REBIND6", "EXPIRE6",
+                                        "RELEASE6", "STOP6", "PREINIT6", "DEPREF6", "", "bound", "BOUND "})
+            QTest::newRow(QByteArray("'" + reason + "'").constData()) << reason << false << true << old;
+    }
+
+    void event()
+    {
+        QFETCH(QByteArray, reason);
+        QFETCH(bool, byOther);
+        QFETCH(bool, ownerLives);
+        QFETCH(QByteArray, value);
+        auto owner = std::make_unique<StandIn>("dhclient", QStringList({u("-pf"), u("x")}));
+        const StandIn other("dhclient", {u("-v")});
+        const QByteArray pid = byOther ? other.pid() : owner->pid();
+        run("BOUND", "eth0", owner->pid(), {{"new_host_name", "old"}, {"new_no_longer_sent", "old"}});
+        if (!ownerLives)
+            owner.reset();
+        run(reason, "eth0", pid, {{"new_host_name", "fresh"}});
+        Files expected;
+        if (!value.isNull())
+            expected.insert(u("host-name"), "new_host_name='" + value + "'\n");
+        if (value == "old")
+            expected.insert(u("no-longer-sent"), "new_no_longer_sent='old'\n");
+        QCOMPARE(files(interfaceFolder("eth0")), expected);
+    }
+
+    // Two hooks are asked in turn; the one who bound last is heard, the earlier one no more.
+    void ownerChanges()
+    {
+        const StandIn first("dhclient", {u("-v")});
+        const StandIn second("dhclient", {u("-v")});
+        run("BOUND", "eth0", first.pid(), {{"new_a", "1"}});
+        run("BOUND", "eth0", second.pid(), {{"new_a", "2"}});
+        run("RENEW", "eth0", first.pid(), {{"new_a", "3"}});
+        run("EXPIRE", "eth0", first.pid(), {});
+        QCOMPARE(files(interfaceFolder("eth0")).value(u("a")), QByteArray("new_a='2'\n"));
+        run("RENEW", "eth0", second.pid(), {{"new_a", "4"}});
+        QCOMPARE(files(interfaceFolder("eth0")).value(u("a")), QByteArray("new_a='4'\n"));
+    }
+
+    // The script ends such a trial by taking the address away again.
+    void rememberedLease_data()
+    {
+        QTest::addColumn<QByteArray>("address");
+        QTest::newRow("address is there") << QByteArray("127.0.0.1");
+        QTest::newRow("address is not there") << QByteArray("192.0.2.9");
+    }
+
+    void rememberedLease()
+    {
+        QFETCH(QByteArray, address);
+        run("BOUND", "lo", "2", {{"new_a", "1"}});
+        run("TIMEOUT", "lo", "2", {{"new_ip_address", address}, {"new_a", "2"}});
+        QCOMPARE(!files(interfaceFolder("eth0")).isEmpty(),
+                 QTest::currentDataTag() == QByteArray("address is there"));
+    }
+
+    void interfaces_data()
+    {
+        QTest::addColumn<QStringList>("events"); // interface, or "-" and the interface for a lost lease
+        QTest::addColumn<QString>("first"); // whose values are there at the end
+        QTest::addColumn<QString>("second");
+        const auto row = [](const char *events, const char *first, const char *second) {
+            QTest::newRow(events) << u(events).split(QLatin1Char(' ')) << u(first) << u(second);
+        };
+        row("eth0", "eth0", "");
+        row("eth1", "", "eth1");
+        row("enp3s0", "enp3s0", "");
+        row("enp3s0 wlan0", "enp3s0", "wlan0");
+        row("enp3s0 wlan0 br0", "enp3s0", "wlan0");
+        row("enp3s0 wlan0 -enp3s0 br0", "", "wlan0");
+        row("enp3s0 -enp3s0 enp3s0 wlan0", "enp3s0", "wlan0");
+        row("eth0 enp3s0", "eth0", "enp3s0");
+        row("eth0 -eth0 enp3s0", "", "enp3s0");
+        row("eth1 enp3s0 wlan0", "enp3s0", "eth1");
+        row("enp3s0 eth1", "enp3s0", "eth1");
+        row("enp3s0 eth0", "eth0", "enp3s0");
+        row("enp3s0 eth0 eth1", "eth0", "eth1");
+        row("enp3s0 wlan0 eth0", "eth0", "wlan0");
+        row("enp3s0 wlan0 eth0 enp3s0 -eth0", "", "wlan0");
+        row("enp3s0 wlan0 eth1", "enp3s0", "eth1");
+        row("a/b .. . x\ty seventeen-letters", "", "");
+        row("$(ran) ';ran", "$(ran)", "';ran");
+    }
+
+    void interfaces()
+    {
+        QFETCH(QStringList, events);
+        QFETCH(QString, first);
+        QFETCH(QString, second);
+        for (const QString &event : qAsConst(events)) {
+            const bool lost = event.startsWith(QLatin1Char('-'));
+            const QByteArray interface = event.mid(lost ? 1 : 0).toUtf8();
+            run(lost ? "EXPIRE" : "BOUND", interface, "2", {{"new_from", interface}});
+            QCOMPARE(m_errors, QByteArray());
+        }
+        const auto content = [](const QString &from) {
+            return from.isEmpty() ? Files() : Files({{u("from"), "new_from='" + from.toUtf8() + "'\n"}});
+        };
+        QCOMPARE(files(interfaceFolder("eth0")), content(first));
+        QCOMPARE(files(interfaceFolder("eth1")), content(second));
+    }
+
+    void spoiledRecord_data()
+    {
+        QTest::addColumn<QByteArray>("record");
+        QTest::newRow("empty lines, short lines") << QByteArray("\n\nwlan0\nwlan0 bound\n \n");
+        QTest::newRow("other folders") << QByteArray("wlan0 ../../x\nbr0 /etc\n");
+        QTest::newRow("foreign folder") << QByteArray("eth0 eth1\neth1 eth0\n");
+        QTest::newRow("no client") << QByteArray(
+            "eth0 bound x\neth0 bound -1,2\neth0 bound 99999999999999999999,x\n");
+        QTest::newRow("no text") << QByteArray("\0\xFF\n\xFE \xFF \xFF \xFF\n", 12);
+    }
+
+    void spoiledRecord()
+    {
+        QFETCH(QByteArray, record);
+        m_root->write(Values + u("/.interfaces"), record);
+        m_root->write(Values + u("/.clients"), record);
+        run("BOUND", "eth0", "2", {{"new_a", "1"}});
+        run("BOUND", "br0", "2", {{"new_a", "2"}});
+        QCOMPARE(m_errors, QByteArray());
+        QCOMPARE(files(interfaceFolder("eth0")).value(u("a")), QByteArray("new_a='1'\n"));
+        QCOMPARE(files(interfaceFolder("eth1")).value(u("a")), QByteArray("new_a='2'\n"));
+    }
+
+    void earlierClient_data()
+    {
+        QTest::addColumn<QByteArray>("name");
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QByteArray>("reason");
+        QTest::addColumn<bool>("ended");
+        const QStringList once(u("-1"));
+        const QByteArray dhclient("dhclient");
+        QTest::newRow("bound") << dhclient << once << QByteArray("BOUND") << true;
+        QTest::newRow("bound again") << dhclient << once << QByteArray("REBOOT") << true;
+        QTest::newRow("with its path")
+            << QByteArray("/usr/sbin/dhclient") << once << QByteArray("BOUND") << true;
+        QTest::newRow("lost") << dhclient << once << QByteArray("FAIL") << false;
+        QTest::newRow("starting") << dhclient << once << QByteArray("PREINIT") << false;
+        QTest::newRow("other arguments")
+            << dhclient << QStringList({u("-1"), u("-v")}) << QByteArray("BOUND") << false;
+        QTest::newRow("one argument with a blank")
+            << dhclient << QStringList(u("-1 ")) << QByteArray("BOUND") << false;
+        QTest::newRow("an empty argument more")
+            << dhclient << QStringList({u("-1"), QString()}) << QByteArray("BOUND") << false;
+        QTest::newRow("no arguments") << dhclient << QStringList() << QByteArray("BOUND") << false;
+        QTest::newRow("network scripts' own")
+            << dhclient << QStringList({u("-4"), u("-pf"), u("/run/x"), u("eth0")}) << QByteArray("BOUND")
+            << false;
+        QTest::newRow("other name") << QByteArray("xdhclient") << once << QByteArray("BOUND") << false;
+        QTest::newRow("folder's name") << QByteArray("dhclient/x") << once << QByteArray("BOUND") << false;
+        QTest::newRow("slash in the argument")
+            << QByteArray("sh") << QStringList({u("/dhclient"), u("-1")}) << QByteArray("BOUND") << false;
+    }
+
+    void earlierClient()
+    {
+        QFETCH(QByteArray, name);
+        QFETCH(QStringList, arguments);
+        QFETCH(QByteArray, reason);
+        QFETCH(bool, ended);
+        StandIn earlier(name, arguments);
+        StandIn fresh;
+        StandIn later;
+        run(reason, "eth0", fresh.pid(), {{"new_a", "1"}});
+        if (ended)
+            QVERIFY(earlier.wasKilled());
+        else
+            QVERIFY(earlier.lives());
+        QVERIFY(fresh.lives());
+        QVERIFY(later.lives());
+    }
+
+    void sparedClients()
+    {
+        StandIn elsewhere("dhclient", {u("-1")}, {{"KIRO_DHCP_MGR_ROOT", "/elsewhere"}});
+        StandIn earlier;
+        run("BOUND", "lo", earlier.pid(), {});
+        run("BOUND", "eth1", earlier.pid(), {}); // not there
+        StandIn fresh;
+        run("BOUND", "eth0", fresh.pid(), {});
+        QVERIFY2(earlier.lives(), "it holds the lease of another interface");
+        run("BOUND", "lo", fresh.pid(), {});
+        QVERIFY(earlier.wasKilled());
+        QVERIFY2(elsewhere.lives(), "it belongs to another root");
+        // An unknown client ends nobody.
+        run("BOUND", "lo", "999999999", {});
+        run("BOUND", "lo", "-5", {});
+        run("BOUND", "lo", "", {});
+        QVERIFY(fresh.lives());
+    }
+
+    // Until a client has bound, the one who started it waits for it in a process of the same arguments.
+    void waitingParent()
+    {
+        StandIn parent("dhclient", {u("-1")}, {{"STAND_IN_CHILD", "1"}});
+        const QByteArray child = parent.said().split('\n').first();
+        QVERIFY(child.toInt() > 1);
+        run("BOUND", "eth0", child, {});
+        QVERIFY(parent.lives());
+        QCOMPARE(::kill(child.toInt(), 0), 0);
+    }
+
+    void otherNetwork()
+    {
+        if (::geteuid() != 0)
+            QSKIP("needs the right to make a network namespace");
+        QProcess earlier;
+        earlier.setProgram(u("unshare"));
+        earlier.setArguments(
+            {u("-n"), u("bash"), u("-c"), u("exec -a dhclient \"$0\" -1"), u(STAND_IN_PATH)});
+        earlier.start();
+        if (!earlier.waitForReadyRead() || earlier.readAllStandardOutput() != "ready\n")
+            QSKIP("no network namespace can be made here");
+        QTest::qWait(25);
+        const StandIn fresh;
+        run("BOUND", "eth0", fresh.pid(), {});
+        QVERIFY(earlier.state() == QProcess::Running && !earlier.waitForFinished(50));
+        earlier.kill();
+        earlier.waitForFinished();
+    }
+
+    void refresh_data()
+    {
+        QTest::addColumn<QByteArray>("reason");
+        QTest::addColumn<QByteArray>("catches"); // null: never
+        QTest::addColumn<QByteArray>("said");
+        QTest::newRow("bound") << QByteArray("BOUND") << QByteArray("0") << QByteArray("ready\nhangup\n");
+        QTest::newRow("lost") << QByteArray("EXPIRE") << QByteArray("0") << QByteArray("ready\nhangup\n");
+        QTest::newRow("other event") << QByteArray("PREINIT") << QByteArray("0") << QByteArray("ready\n");
+        QTest::newRow("soon ready") << QByteArray("BOUND") << QByteArray("100")
+                                    << QByteArray("ready\nhangup\n");
+        QTest::newRow("not ready") << QByteArray("BOUND") << QByteArray() << QByteArray("ready\n");
+    }
+
+    void refresh()
+    {
+        QFETCH(QByteArray, reason);
+        QFETCH(QByteArray, catches);
+        QDir().mkpath(m_root->path(u("/run")));
+        Variables variables
+            = {{"STAND_IN_LOCK", QFile::encodeName(m_root->path(u("/run/kiro-dhcp-mgr.lock")))}};
+        if (!catches.isNull())
+            variables["STAND_IN_CATCH"] = catches;
+        StandIn window("kiro-dhcp-mgr", {}, variables);
+        StandIn bystander("kiro-dhcp-mgr", {}, {{"STAND_IN_CATCH", "0"}});
+        run(reason, "eth0", "2", {{"new_a", "1"}});
+        QTEST(window.said(), "said");
+        QVERIFY(window.lives());
+        QCOMPARE(bystander.said(), QByteArray("ready\n"));
+    }
+
+    void staleLockFile()
+    {
+        m_root->write(u("/run/kiro-dhcp-mgr.lock"), QByteArray());
+        run("BOUND", "eth0", "2", {{"new_a", "1"}});
+        QCOMPARE(m_errors, QByteArray());
+    }
+
+    void caller_data()
+    {
+        QTest::addColumn<QByteArray>("recorder"); // null: the real one; empty: none
+        QTest::addColumn<QByteArray>("reason");
+        QTest::newRow("recorded") << QByteArray() << QByteArray("BOUND");
+        QTest::newRow("ignored") << QByteArray() << QByteArray("PREINIT");
+        QTest::newRow("no reason") << QByteArray() << QByteArray();
+        QTest::newRow("no recorder") << QByteArray("") << QByteArray("BOUND");
+        QTest::newRow("failing recorder") << QByteArray("#!/bin/sh\nexit 3\n") << QByteArray("BOUND");
+        QTest::newRow("dying recorder") << QByteArray("#!/bin/sh\nkill -9 $$\n") << QByteArray("BOUND");
+        QTest::newRow("broken recorder") << QByteArray("#!/nonexistent\n") << QByteArray("BOUND");
+        QTest::newRow("reading, talking recorder")
+            << QByteArray("#!/bin/sh\ncat\necho talk\n") << QByteArray("BOUND");
+    }
+
+    // Strict shells notice what the client's own script would not.
+    void caller()
+    {
+        QFETCH(QByteArray, recorder);
+        QFETCH(QByteArray, reason);
+        const QString path = m_root->path(u("/usr/libexec/kiro-dhcp-mgr/record-lease"));
+        if (!recorder.isNull())
+            QFile::remove(path);
+        if (!recorder.isEmpty()) {
+            m_root->write(u("/usr/libexec/kiro-dhcp-mgr/record-lease"), recorder);
+            QFile::setPermissions(path, QFile::ReadOwner | QFile::ExeOwner);
+        }
+        m_root->write(u("/script"),
+                      "#!/bin/sh\nset -euf\ntrap 'echo trapped' EXIT\ntrap : HUP\nIFS=e/\numask 0\ncd /\n"
+                      "set -- one 'two three'\nstate() { set; set -o; trap; umask; pwd; echo \"$# $*\"; }\n"
+                      "state >\"$KIRO_DHCP_MGR_ROOT/before\"\n"
+                      "before=kept\n. \"" HOOK_PATH "\"\nstatus=$?\n"
+                      "unset before\nexpected=$status\nunset status\n"
+                      "[ \"$expected\" = 0 ] || echo \"status $expected\"\nunset expected\n"
+                      "state >\"$KIRO_DHCP_MGR_ROOT/after\"\necho end\n");
+        Variables variables = {{"new_a", "1"}};
+        QProcessEnvironment environment = environmentFor(reason, "eth0", "2", variables);
+        if (reason.isNull())
+            environment.remove(u("reason"));
+        QProcess shell;
+        shell.setProcessEnvironment(environment);
+        shell.start(u("dash"), {m_root->path(u("/script"))});
+        shell.write("input");
+        shell.closeWriteChannel();
+        QVERIFY(shell.waitForFinished());
+        QCOMPARE(shell.exitCode(), 0);
+        QCOMPARE(shell.readAllStandardOutput(), QByteArray("end\ntrapped\n"));
+        QCOMPARE(content(u("/after")), content(u("/before")));
+        QVERIFY(!content(u("/before")).isEmpty());
+        if (QTest::currentDataTag() == QByteArray("recorded"))
+            QCOMPARE(mode(Values), 0755u);
+    }
+
+    void obstacles_data()
+    {
+        QTest::addColumn<QByteArray>("command");
+        QTest::addColumn<bool>("recorded");
+        QTest::newRow("folder is a file")
+            << QByteArray("mkdir -p var/lib/dhcp3; touch var/lib/dhcp3/vars") << false;
+        QTest::newRow("lock is a link")
+            << QByteArray("mkdir -p var/lib/dhcp3/vars; ln -s /x var/lib/dhcp3/vars/.lock") << false;
+        QTest::newRow("lock is a folder") << QByteArray("mkdir -p var/lib/dhcp3/vars/.lock") << false;
+        QTest::newRow("value is a folder") << QByteArray("mkdir -p var/lib/dhcp3/vars/eth0/a/b") << false;
+        QTest::newRow("value is a link") << QByteArray("mkdir -p var/lib/dhcp3/vars/eth0; touch safe; "
+                                                       "ln -s ../../../../../safe var/lib/dhcp3/vars/eth0/a")
+                                         << true;
+        QTest::newRow("value is a pipe") << QByteArray("mkdir -p var/lib/dhcp3/vars/eth0; "
+                                                       "mkfifo var/lib/dhcp3/vars/eth0/a")
+                                         << true;
+        QTest::newRow("half a file is left") << QByteArray("mkdir -p var/lib/dhcp3/vars/eth0; "
+                                                           "echo x >var/lib/dhcp3/vars/eth0/.unfinished")
+                                             << true;
+        QTest::newRow("value with other mode") << QByteArray("mkdir -p var/lib/dhcp3/vars/eth0; umask 077; "
+                                                             "echo \"new_a='1'\" >var/lib/dhcp3/vars/eth0/a")
+                                               << true;
+    }
+
+    void obstacles()
+    {
+        QFETCH(QByteArray, command);
+        QFETCH(bool, recorded);
+        QProcess shell;
+        shell.setWorkingDirectory(m_root->path(QString()));
+        shell.start(u("sh"), {u("-c"), QString::fromUtf8(command)});
+        QVERIFY(shell.waitForFinished() && shell.exitCode() == 0);
+        run("BOUND", "eth0", "2", {{"new_a", "1"}});
+        QCOMPARE(m_errors.isEmpty(), recorded);
+        QCOMPARE(content(Values + u("/eth0/a")) == "new_a='1'\n", recorded);
+        if (recorded) {
+            QCOMPARE(mode(Values + u("/eth0/a")), 0644u);
+            QVERIFY(!QFile::exists(m_root->path(Values + u("/eth0/.unfinished"))));
+            QCOMPARE(content(u("/safe")), QByteArray());
+        }
+    }
+
+    void renewalWritesOnlyWhatChanged()
+    {
+        run("BOUND", "eth0", "2", {{"new_same", "1"}, {"new_other", "1"}});
+        const auto inode = [this](const char *name) {
+            struct stat status = {};
+            ::stat(QFile::encodeName(m_root->path(Values + u("/eth0/") + u(name))).constData(), &status);
+            return status.st_ino;
+        };
+        const ino_t same = inode("same");
+        const QByteArray reader = QFile::encodeName(m_root->path(Values + u("/eth0/other")));
+        QFile open(QFile::decodeName(reader));
+        QVERIFY(open.open(QIODevice::ReadOnly | QIODevice::Unbuffered));
+        run("RENEW", "eth0", "2", {{"new_same", "1"}, {"new_other", "2"}});
+        QCOMPARE(inode("same"), same);
+        QCOMPARE(open.readAll(), QByteArray("new_other='1'\n")); // who has begun to read reads to the end
+        QCOMPARE(content(Values + u("/eth0/other")), QByteArray("new_other='2'\n"));
+    }
+
+    void manyAtOnce()
+    {
+        std::vector<std::unique_ptr<QProcess>> hooks;
+        for (int i = 0; i < 12; ++i) {
+            Variables variables;
+            for (int option = 0; option < 200; ++option)
+                variables["new_option_" + QByteArray::number(option)] = QByteArray::number(i);
+            hooks.push_back(std::make_unique<QProcess>());
+            hooks.back()->setProcessEnvironment(
+                environmentFor("BOUND", i % 2 ? "enp3s0" : "wlan0", "2", variables));
+            hooks.back()->start(u("dash"), {m_root->path(u("/script"))});
+        }
+        for (const auto &hook : hooks) {
+            QVERIFY(hook->waitForFinished());
+            QCOMPARE(hook->readAllStandardError(), QByteArray());
+        }
+        for (const char *folder : {"eth0", "eth1"}) {
+            const Files values = files(interfaceFolder(folder));
+            QCOMPARE(values.size(), 200);
+            const QByteArray of = values.first().mid(values.first().indexOf('='));
+            for (const QByteArray &value : values)
+                QCOMPARE(value.mid(value.indexOf('=')), of); // all of one event
+        }
+    }
+
+    void waitingEnds()
+    {
+        run("BOUND", "eth0", "2", {{"new_a", "1"}});
+        QFile lock(m_root->path(Values + u("/.lock")));
+        QVERIFY(lock.open(QIODevice::ReadWrite));
+        QCOMPARE(::flock(lock.handle(), LOCK_EX), 0);
+        QElapsedTimer timer;
+        timer.start();
+        run("BOUND", "eth0", "2", {{"new_a", "2"}});
+        QVERIFY(timer.elapsed() > 4000 && timer.elapsed() < 20000);
+        QVERIFY(m_errors.contains(".lock"));
+        QCOMPARE(content(Values + u("/eth0/a")), QByteArray("new_a='1'\n"));
+    }
+
+    // Longer with HOOK_FUZZ_SECONDS in the environment. The seed is told, and may be given as HOOK_FUZZ_SEED.
+    void hostileEnvironments()
+    {
+        const int seconds = qEnvironmentVariableIsSet("HOOK_FUZZ_SECONDS")
+            ? qEnvironmentVariableIntValue("HOOK_FUZZ_SECONDS")
+            : 3;
+        const quint32 seed = qEnvironmentVariableIsSet("HOOK_FUZZ_SEED")
+            ? static_cast<quint32>(qEnvironmentVariableIntValue("HOOK_FUZZ_SEED"))
+            : QRandomGenerator::global()->generate();
+        QRandomGenerator random(seed);
+        StandIn client("dhclient", {u("-v")});
+        QElapsedTimer timer;
+        timer.start();
+        int runs = 0;
+        for (; timer.elapsed() < seconds * 1000; ++runs) {
+            std::vector<QByteArray> variables;
+            const int count = random.bounded(30);
+            for (int i = 0; i < count; ++i)
+                variables.push_back("new_" + noise(random, 12, true) + '=' + noise(random, 300, false));
+            const QByteArray reasons[] = {"BOUND", "RENEW", "EXPIRE", "TIMEOUT", noise(random, 6, false)};
+            variables.push_back("reason=" + reasons[random.bounded(5)]);
+            variables.push_back("interface="
+                                + (random.bounded(2) ? QByteArray("eth0") : noise(random, 6, false)));
+            variables.push_back("pid=" + (random.bounded(2) ? client.pid() : noise(random, 6, false)));
+            const QByteArray failure = runRaw(variables);
+            const QByteArray where
+                = " (seed " + QByteArray::number(seed) + ", run " + QByteArray::number(runs) + ')';
+            QVERIFY2(failure.isEmpty(), QByteArray(failure + where).constData());
+        }
+        QVERIFY(client.lives());
+        qInfo("%d hostile environments, seed %u", runs, seed);
+    }
+
+private:
+    QProcessEnvironment environmentFor(const QByteArray &reason, const QByteArray &interface,
+                                       const QByteArray &pid, const Variables &variables) const
+    {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(u("reason"), QString::fromUtf8(reason));
+        environment.insert(u("interface"), QString::fromUtf8(interface));
+        environment.insert(u("pid"), QString::fromUtf8(pid));
+        for (const auto &[name, value] : variables)
+            environment.insert(QFile::decodeName(name), QFile::decodeName(value));
+        return environment;
+    }
+
+    void run(const QByteArray &reason, const QByteArray &interface, const QByteArray &pid,
+             const Variables &variables)
+    {
+        QProcess shell;
+        shell.setProcessEnvironment(environmentFor(reason, interface, pid, variables));
+        shell.setWorkingDirectory(m_root->path(QString()));
+        shell.start(u("dash"), {m_root->path(u("/script"))});
+        QVERIFY(shell.waitForFinished());
+        QCOMPARE(shell.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(shell.exitCode(), 0);
+        QCOMPARE(shell.readAllStandardOutput(), QByteArray());
+        m_errors = shell.readAllStandardError();
+    }
+
+    /// Runs the hook with variables of any bytes. Tells what is wrong with the outcome; empty when nothing
+    /// is.
+    QByteArray runRaw(const std::vector<QByteArray> &variables)
+    {
+        const QByteArray script = QFile::encodeName(m_root->path(u("/script")));
+        const QByteArray errors = QFile::encodeName(m_root->path(u("/errors")));
+        std::vector<QByteArray> all = variables;
+        for (const char *kept : {"KIRO_DHCP_MGR_ROOT", "PATH", "ASAN_OPTIONS", "LSAN_OPTIONS"}) {
+            if (qEnvironmentVariableIsSet(kept))
+                all.push_back(QByteArray(kept) + '=' + qgetenv(kept));
+        }
+        std::vector<char *> environment;
+        for (QByteArray &variable : all)
+            environment.push_back(variable.data());
+        environment.push_back(nullptr);
+        const QByteArray directory = QFile::encodeName(m_root->path(QString()));
+        const pid_t child = ::fork();
+        if (child == 0) {
+            char *arguments[] = {const_cast<char *>("dash"), const_cast<char *>(script.constData()), nullptr};
+            if (::chdir(directory.constData()) != 0 || !::freopen(errors.constData(), "w", stderr))
+                ::_exit(9);
+            ::execve("/bin/dash", arguments, environment.data());
+            ::_exit(9);
+        }
+        int status = 0;
+        if (child < 0 || ::waitpid(child, &status, 0) != child || status != 0)
+            return "status " + QByteArray::number(status);
+        const QByteArray told = content(u("/errors"));
+        if (!told.isEmpty())
+            return "told: " + told;
+
+        const QStringList known = {u("/errors"),
+                                   u("/script"),
+                                   u("/usr"),
+                                   u("/var"),
+                                   u("/var/lib"),
+                                   u("/var/lib/dhcp3"),
+                                   Values,
+                                   Values + u("/.clients"),
+                                   Values + u("/.interfaces"),
+                                   Values + u("/.lock"),
+                                   Values + u("/eth0"),
+                                   Values + u("/eth1")};
+        return strangers(QString(), known);
+    }
+
+    /// What is below a folder of the root and neither known nor a sound variable file.
+    QByteArray strangers(const QString &folder, const QStringList &known) const
+    {
+        const auto entries
+            = QDir(m_root->path(folder))
+                  .entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+        for (const QFileInfo &entry : entries) {
+            const QString path = folder + QLatin1Char('/') + entry.fileName();
+            if (folder == Values + u("/eth0") || folder == Values + u("/eth1")) {
+                const QByteArray text = content(path);
+                if (!text.startsWith("new_") || !text.endsWith("'\n") || text.count('\n') != 1)
+                    return "file: " + path.toUtf8() + ": " + text;
+                const QString decoded = QString::fromUtf8(text.chopped(1));
+                if (decoded.toUtf8() != text.chopped(1) || decoded.contains(QChar::ReplacementCharacter))
+                    return "no UTF-8: " + text;
+                if (std::any_of(decoded.begin(), decoded.end(), isDangerous))
+                    return "not to be shown: " + text;
+            } else if (!known.contains(path)) {
+                return "stranger: " + path.toUtf8();
+            } else if (entry.isDir() && path != u("/usr")) {
+                const QByteArray below = strangers(path, known);
+                if (!below.isEmpty())
+                    return below;
+            }
+        }
+        return {};
+    }
+
+    static QByteArray noise(QRandomGenerator &random, int longest, bool name)
+    {
+        static const char *const Pieces[] = {"\\",
+                                             "\\303",
+                                             "\\244",
+                                             "\\012",
+                                             "\\'",
+                                             "'",
+                                             "\"",
+                                             "$(touch ran)",
+                                             "`touch ran`",
+                                             ";touch ran;",
+                                             "\n",
+                                             "\r",
+                                             "/",
+                                             "../",
+                                             ".",
+                                             "#",
+                                             "=",
+                                             " ",
+                                             "\t",
+                                             "\xC3\xA4",
+                                             "\xE2\x80\xAE",
+                                             "\xFF",
+                                             "\x1B[2J",
+                                             "|",
+                                             "&",
+                                             ">ran",
+                                             "\\342\\200",
+                                             "a",
+                                             "0"};
+        QByteArray text;
+        for (int size = random.bounded(longest); text.size() < size;) {
+            const int choice = random.bounded(name ? 8 : 3);
+            if (choice == 0)
+                text += Pieces[random.bounded(static_cast<int>(std::size(Pieces)))];
+            else if (choice == 1)
+                text += static_cast<char>(1 + random.bounded(255));
+            else
+                text += "abcdefghijklmnopqrstuvwxyz0123456789_"[random.bounded(37)];
+        }
+        if (name)
+            text.replace('=', '_');
+        return text;
+    }
+
+    Files files(const QString &folder) const
+    {
+        Files found;
+        const QDir directory(m_root->path(folder));
+        for (const QString &name :
+             directory.entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot))
+            found.insert(name, content(folder + QLatin1Char('/') + name));
+        return found;
+    }
+
+    QByteArray content(const QString &fixedPath) const
+    {
+        QFile file(m_root->path(fixedPath));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+
+    unsigned mode(const QString &fixedPath) const
+    {
+        struct stat status = {};
+        return ::stat(QFile::encodeName(m_root->path(fixedPath)).constData(), &status) == 0
+            ? status.st_mode & 07777u
+            : 0;
+    }
+
+    std::unique_ptr<TrialRoot> m_root;
+    QByteArray m_errors;
+};
+
+QTEST_GUILESS_MAIN(TestHook)
+#include "tst_hook.moc"
