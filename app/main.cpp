@@ -1,5 +1,6 @@
 #include "dhcpapp.h"
 #include "mainwindow.h"
+#include "rights.h"
 #include "sighup.h"
 #include "vapplication.h"
 
@@ -63,6 +64,8 @@ int main(int argc, char **argv)
         return 1;
     }
 
+    if (!updateMode)
+        reportMissingRights();
     DhcpApp app(updateMode, showAll);
     installSighupHandler();
     if (app.isUpdateRun()) {

@@ -5,6 +5,7 @@
 namespace {
 
 constexpr char ToolPath[] = "/usr/sbin/kiro-dhclient-edit";
+constexpr char ClientConfiguration[] = "/etc/dhcp/dhclient.conf";
 constexpr int PatienceMsecs = 2000;
 
 } // namespace
@@ -17,6 +18,11 @@ EditTool::EditTool(QObject *parent)
 EditTool::~EditTool()
 {
     setProcessState(NotRunning);
+}
+
+bool EditTool::mayEdit()
+{
+    return Paths::isWritable(Paths::resolve(ClientConfiguration));
 }
 
 void EditTool::run(const QStringList &arguments)

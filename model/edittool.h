@@ -15,6 +15,9 @@ public:
     explicit EditTool(QObject *parent);
     ~EditTool() override;
 
+    /// Whether a tool that is started from here has the right to write the client's configuration.
+    static bool mayEdit();
+
     /// Starts the tool and waits until it has ended, 2 s at most.
     void run(const QStringList &arguments);
 

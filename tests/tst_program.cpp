@@ -2,6 +2,7 @@
 
 #include "trial.h"
 
+#include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
@@ -235,6 +236,49 @@ private slots:
         QCOMPARE(run.finish(), 0);
         QCOMPARE(run.errors(), u("Cannot write registry %1: attempt to write a readonly database\n")
                                    .arg(m_root->path(u("/var/lib/vorkan/registry.db"))));
+    }
+
+    void rightsMissing_data()
+    {
+        QTest::addColumn<QStringList>("ownFolders");
+        QTest::addColumn<QString>("line");
+        const QString registry = u("/var/lib/vorkan");
+        const QString client = u("/etc/dhcp");
+        QTest::newRow("all") << QStringList() << u("Without the rights of root, choices are not stored in"
+                                                   " %1/var/lib/vorkan/registry.db and not applied to the DHCP client\n");
+        QTest::newRow("registry") << QStringList(client) << u("Without the rights of root, choices are not stored in"
+                                                              " %1/var/lib/vorkan/registry.db\n");
+        QTest::newRow("client") << QStringList(registry) << u("Without the rights of root, choices are not applied to"
+                                                              " the DHCP client\n");
+        QTest::newRow("none") << QStringList({registry, client}) << QString();
+        QTest::newRow("own root") << QStringList(QString()) << QString();
+    }
+
+    /// One line and no more, although the registry is written, in vain, when the table is built.
+    void rightsMissing()
+    {
+        if (::geteuid() != 0)
+            QSKIP("needs root, to run the program as somebody else");
+        QFETCH(QStringList, ownFolders);
+        QFETCH(QString, line);
+        for (const char *folder : {"", "/usr", "/usr/share", "/usr/share/kiro-dhcp-mgr"})
+            QFile::setPermissions(m_root->path(u(folder)), QFile::Permissions(0x7755));
+        const bool wholeRoot = ownFolders.contains(QString());
+        for (const char *folder : {"/etc", "/etc/dhcp", "/var", "/var/lib", "/var/lib/vorkan"}) {
+            if (!wholeRoot) // else the folders are missing
+                QVERIFY(QDir().mkpath(m_root->path(u(folder))));
+        }
+        for (const QString &folder : ownFolders)
+            QCOMPARE(::chown(QFile::encodeName(m_root->path(folder)).constData(), 65534, 65534), 0);
+        if (line.contains(u("%1")))
+            line = line.arg(m_root->path(QString()));
+        Run run(*this);
+        run.asNobody = true;
+        run.start({});
+        QVERIFY(run.isUp());
+        run.process.terminate();
+        run.process.waitForFinished();
+        QCOMPARE(run.errors(), line);
     }
 
 private:

@@ -13,11 +13,14 @@
 #include <QHeaderView>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QMetaEnum>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QTest>
 #include <QTimer>
 #include <QtEndian>
 
+#include <functional>
 #include <memory>
 
 namespace {
@@ -154,6 +157,26 @@ QString detailsShownBy(Act act, int *boxes = nullptr)
     if (boxes)
         *boxes = count;
     return text;
+}
+
+/// What a screen reader learns of the widget and all that is visible in it, cells aside.
+QStringList spokenBy(QWidget *widget)
+{
+    QStringList spoken;
+    std::function<void(QAccessibleInterface *)> ask = [&](QAccessibleInterface *asked) {
+        if (asked->state().invisible || asked->role() == QAccessible::Cell)
+            return;
+        const QString role = QString::fromLatin1(QMetaEnum::fromType<QAccessible::Role>().valueToKey(asked->role()));
+        const QString focusable = asked->state().focusable ? QStringLiteral("focusable") : QString();
+        // Tables say their name to whatever they are asked for.
+        const QString keys = asked->tableInterface() ? QString() : asked->text(QAccessible::Accelerator);
+        spoken << QStringList({role, asked->text(QAccessible::Name), keys, focusable})
+                      .join(QLatin1Char('|'));
+        for (int child = 0; child < asked->childCount(); ++child)
+            ask(asked->child(child));
+    };
+    ask(QAccessible::queryAccessibleInterface(widget));
+    return spoken;
 }
 
 QByteArray classOf(const char *word)
@@ -623,28 +646,74 @@ private slots:
         QCOMPARE(trial.table->horizontalHeader()->sortIndicatorOrder(), Qt::DescendingOrder);
     }
 
-    /// As a screen reader asks for them.
-    void accessibility()
+    /// The cells as a screen reader asks for them: name, description, whether checkable and whether checked.
+    void accessibleCells()
     {
         Trial trial(m_root, {{u("spoken"), 200, Custom}, {u("fixed"), 201, Custom + classOf("always-on")},
-                             {u("spoken"), 202, Custom}});
-        QAccessibleInterface *selector = QAccessible::queryAccessibleInterface(trial.selector);
-        const auto labels = selector->relations(QAccessible::Label);
-        QCOMPARE(labels.count(), 1);
-        QCOMPARE(labels.at(0).first->text(QAccessible::Name), u("Options to show"));
+                             {u("idle"), 202, Custom + "<default>no</default>"}, {u("known"), 203, Predefined},
+                             {u("spoken"), 204, Custom}});
+        trial.selector->setCurrentIndex(ShowAll);
         QAccessibleInterface *table = QAccessible::queryAccessibleInterface(trial.table);
         QCOMPARE(table->text(QAccessible::Name), u("DHCP options"));
         QCOMPARE(table->role(), QAccessible::Table);
-        const char *names[][5] = {{"Requested: Name of spoken", "DHCP Code: 200", "Name: Name of spoken",
-                                   "Info: Name of spoken", "Current Value: N/A"},
-                                  {"Requested: Always", "DHCP Code: 201", "Name: Name of fixed", "Info: Name of fixed",
-                                   "Current Value: N/A"}, {"", "", "", "", ""}};
-        for (int row = 0; row < 3; ++row) {
-            for (int column = 0; column < 5; ++column)
-                QCOMPARE(table->tableInterface()->cellAt(row, column)->text(QAccessible::Name), u(names[row][column]));
-            const QAccessible::State state = table->tableInterface()->cellAt(row, 0)->state();
-            QCOMPARE(bool(state.checkable) && !state.disabled && bool(state.checked), row == 0);
+        const char *expected[][5] = {
+            {"Requested: Name of spoken||checkable|checked", "DHCP Code: 200|Editable||", "Name: Name of spoken|||",
+             "Info: Name of spoken|||", "Current Value: N/A|||"},
+            {"Requested: Always|Disabled||", "DHCP Code: 201|Editable||", "Name: Name of fixed|||",
+             "Info: Name of fixed|||", "Current Value: N/A|||"},
+            {"Requested: Name of idle||checkable|", "DHCP Code: 202|Disabled||", "Name: Name of idle|Disabled||",
+             "Info: Name of idle|||", "Current Value: N/A|Disabled||"},
+            {"Requested: Name of known||checkable|checked", "DHCP Code: 203|||", "Name: Name of known|||",
+             "Info: Name of known|||", "Current Value: N/A|||"},
+            {"|||", "|||", "|||", "|||", "|||"}};
+        for (int row = 0; row < 5; ++row) {
+            for (int column = 0; column < 5; ++column) {
+                QAccessibleInterface *cell = table->tableInterface()->cellAt(row, column);
+                QCOMPARE(cell->role(), QAccessible::Cell);
+                const QString checkable = cell->state().checkable ? u("checkable") : QString();
+                const QString checked = cell->state().checked ? u("checked") : QString();
+                const QStringList told{cell->text(QAccessible::Name), cell->text(QAccessible::Description), checkable,
+                                       checked};
+                QCOMPARE(told.join(QLatin1Char('|')), u(expected[row][column]));
+            }
         }
+        trial.cell(u("idle"), DhcpTable::RequestedColumn)->setCheckState(Qt::Checked);
+        QVERIFY(table->tableInterface()->cellAt(2, 0)->state().checked);
+        QCOMPARE(table->tableInterface()->cellAt(2, 1)->text(QAccessible::Description), QString());
+    }
+
+    /// All that is not a cell: role, name, keys, and what the keyboard can reach.
+    void accessibleControls()
+    {
+        Trial trial(m_root, {{u("spoken"), 200, Custom}});
+        trial.show();
+        const QStringList window = spokenBy(trial.window.get());
+        for (const char *control : {"Window|DHCP Option Manager||", "StaticText|DHCP Option Manager||",
+                                    "Table|DHCP options||", "ColumnHeader|Requested||", "ColumnHeader|DHCP Code||",
+                                    "ColumnHeader|Name||", "ColumnHeader|Info||", "ColumnHeader|Current Value||",
+                                    "Button|Apply|Alt+A|focusable", "Button|OK|Alt+O|focusable",
+                                    "Button|Cancel|Alt+C|focusable", "ComboBox|Show Custom Options|Down|focusable",
+                                    "ListItem|Show Custom Options||focusable", "ListItem|Show Common Options||focusable",
+                                    "ListItem|Show All Options||focusable"})
+            QVERIFY2(window.count(u(control)) == 1, control);
+        // Whatever the keyboard reaches has a name.
+        QVERIFY(window.filter(QRegularExpression(u("^[A-Za-z]+\\|\\|.*focusable$"))).isEmpty());
+
+        const auto labels = QAccessible::queryAccessibleInterface(trial.selector)->relations(QAccessible::Label);
+        QCOMPARE(labels.count(), 1);
+        QCOMPARE(labels.at(0).first->text(QAccessible::Name), u("Options to show"));
+
+        QStringList box;
+        QTimer::singleShot(0, [&box] {
+            QWidget *shown = QApplication::activeModalWidget();
+            box = spokenBy(shown);
+            shown->close();
+        });
+        trial.click(0, DhcpTable::InfoColumn);
+        QVERIFY(box.contains(u("AlertMessage|Details on DHCP Option 200 -- Name of spoken:||")));
+        QVERIFY(box.contains(u("Button|OK|Enter|focusable")));
+        QCOMPARE(box.filter(QRegularExpression(u("^StaticText\\|Standard DHCP Code: 200\n.*\\|focusable$"),
+                                               QRegularExpression::DotMatchesEverythingOption)).count(), 1);
     }
 
     void emptyList()

@@ -218,6 +218,11 @@ void DhcpTable::setHeaders()
     horizontalHeaderItem(CodeColumn)->setToolTip(tr("DHCP code.  This is modifiable for non-predefined options"));
     horizontalHeaderItem(InfoColumn)->setToolTip(tr("Click for detailed option information"));
     horizontalHeaderItem(ValueColumn)->setToolTip(tr("Current value returned from the DHCP server"));
+    // A screen reader would stop at the line breaks.
+    for (int column = RequestedColumn; column <= ValueColumn; ++column) {
+        QTableWidgetItem *header = horizontalHeaderItem(column);
+        header->setData(Qt::AccessibleTextRole, header->text().simplified());
+    }
 }
 
 /// The row's option; null for a row without cells.

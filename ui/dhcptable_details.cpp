@@ -5,6 +5,7 @@
 #include "dhcpoption.h"
 
 #include <QMessageBox>
+#include <QTextDocumentFragment>
 
 #include <algorithm>
 
@@ -32,6 +33,7 @@ void DhcpTable::showInfo(int row, int column)
     box.setText(tr("<i>Details on DHCP Option %1 -- %2:</i>", "First arg is DHCP code; second is name")
                     .arg(shownCode)
                     .arg(name));
+    box.setAccessibleName(QTextDocumentFragment::fromHtml(box.text()).toPlainText());
     box.setInformativeText(details(shown, shownCode));
     box.setStandardButtons(QMessageBox::Ok);
     box.exec();

@@ -9,7 +9,14 @@ OptionCell::OptionCell(const QString &text)
 
 QVariant OptionCell::data(int role) const
 {
-    return role == Qt::AccessibleTextRole ? accessibleText() : QTableWidgetItem::data(role);
+    switch (role) {
+    case Qt::AccessibleTextRole:
+        return accessibleText();
+    case Qt::AccessibleDescriptionRole:
+        return accessibleDescription();
+    default:
+        return QTableWidgetItem::data(role);
+    }
 }
 
 QString OptionCell::accessibleText() const
@@ -22,4 +29,13 @@ QString OptionCell::accessibleText() const
     const QString content = text().isEmpty() && name ? name->text() : text();
     const QString heading = header ? header->text().simplified() : QString();
     return DhcpTable::tr("%1: %2", "Spoken by a screen reader: column header, cell content").arg(heading, content);
+}
+
+QString OptionCell::accessibleDescription() const
+{
+    if (!flags().testFlag(Qt::ItemIsEnabled))
+        return DhcpTable::tr("Disabled", "Spoken by a screen reader: the cell cannot be used");
+    if (flags().testFlag(Qt::ItemIsEditable))
+        return DhcpTable::tr("Editable", "Spoken by a screen reader: the cell can be edited");
+    return QString();
 }

@@ -4,7 +4,8 @@
 #include <QTableWidgetItem>
 
 /// A cell of the option table. Tells a screen reader what it is: its column's header, and its text or, in a cell
-/// without text, the option's name. Both are looked up when asked for, so that a cell costs no memory for them.
+/// without text, the option's name. Whether it is disabled or can be edited it tells in words: Qt's table reports
+/// neither state. All is looked up when asked for, so that a cell costs no memory for it.
 class OptionCell : public QTableWidgetItem
 {
 public:
@@ -14,6 +15,7 @@ public:
 
 private:
     QString accessibleText() const;
+    QString accessibleDescription() const;
 };
 
 #endif

@@ -17,8 +17,12 @@ std::string lockDirectory()
 {
     if (Paths::hasRoot() || ::geteuid() == 0)
         return Paths::resolve("/run");
+    // After su the variable still names the folder of the user before.
     const char *runtime = secure_getenv("XDG_RUNTIME_DIR");
-    return runtime && *runtime ? runtime : "/run/user/" + std::to_string(::geteuid());
+    struct stat status = {};
+    if (runtime && ::stat(runtime, &status) == 0 && status.st_uid == ::geteuid())
+        return runtime;
+    return "/run/user/" + std::to_string(::geteuid());
 }
 
 } // namespace

@@ -1,5 +1,10 @@
 #include "paths.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
 #include <cstdlib>
 
 namespace {
@@ -8,6 +13,11 @@ std::string_view root()
 {
     const char *value = secure_getenv("KIRO_DHCP_MGR_ROOT");
     return value ? value : std::string_view();
+}
+
+bool isPermitted(const std::string &path, int rights)
+{
+    return ::faccessat(AT_FDCWD, path.c_str(), rights, AT_EACCESS) == 0;
 }
 
 } // namespace
@@ -25,4 +35,15 @@ std::string Paths::resolve(std::string_view fixedPath)
     std::string path;
     path.reserve(prefix.size() + fixedPath.size());
     return path.append(prefix).append(fixedPath);
+}
+
+bool Paths::isWritable(const std::string &path)
+{
+    if (!isPermitted(path, W_OK) && errno != ENOENT)
+        return false;
+    std::string folder = path;
+    do {
+        folder.resize(std::max(folder.find_last_of('/'), std::string::size_type{1}));
+    } while (folder != "/" && !isPermitted(folder, F_OK) && errno == ENOENT);
+    return isPermitted(folder, W_OK | X_OK);
 }

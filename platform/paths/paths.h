@@ -18,6 +18,10 @@ bool hasRoot();
 /// Bytes as the file system takes them.
 std::string resolve(std::string_view fixedPath);
 
+/// Whether this process has the right to write the file, which may be missing, as may folders above it. Asks for
+/// the right to write its folder too: what is worth storing is written beside and renamed, or journalled.
+bool isWritable(const std::string &path);
+
 } // namespace Paths
 
 #endif

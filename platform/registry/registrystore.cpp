@@ -160,13 +160,19 @@ bool RegistryStore::commit(const QString &path)
     try {
         write(changes);
     } catch (const Sqlite::Error &error) {
-        report("Cannot write registry ", error.what());
+        if (!m_knownUnwritable)
+            report("Cannot write registry ", error.what());
         return false;
     }
     for (auto change = changes.cbegin(); change != changes.cend(); ++change)
         m_pending.remove(change.key());
     m_lastReport.clear();
     return true;
+}
+
+bool RegistryStore::isWritable() const
+{
+    return Paths::isWritable(m_path);
 }
 
 /// False when there is nothing to read: no file, no table, or a store that was given up.

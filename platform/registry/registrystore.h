@@ -46,6 +46,12 @@ public:
     /// See VorkanClient::commit().
     bool commit(const QString &path);
 
+    const std::string &path() const { return m_path; }
+    /// Whether this process has the right to write the file.
+    bool isWritable() const;
+    /// The user knows that the file cannot be written: from now on failing commits are not told.
+    void setKnownUnwritable() { m_knownUnwritable = true; }
+
 private:
     Q_DISABLE_COPY(RegistryStore)
 
@@ -79,6 +85,7 @@ private:
     // somebody's choice.
     bool m_unusable = false;
     std::string m_lastReport;
+    bool m_knownUnwritable = false;
 };
 
 #endif
