@@ -3,6 +3,8 @@
 #include "dhcpoption.h"
 #include "words.h"
 
+#include <QSet>
+
 #include <iostream>
 
 namespace {
@@ -35,13 +37,13 @@ struct ConfigParser::Element
     template <QString DhcpOption::*field, bool (*isValid)(const QString &)>
     static bool checkedText(const ConfigParser &parser, const QString &value)
     {
-        return isValid(value) && text<field>(parser, value);
+        return isValid(value) && text<field>(parser, shared(value));
     }
 
     template <QHash<QString, QString> DhcpOption::*field>
     static bool localText(const ConfigParser &parser, const QString &value)
     {
-        (parser.option->*field).insert(parser.language(), value);
+        (parser.option->*field).insert(shared(parser.language()), value);
         return true;
     }
 
@@ -49,6 +51,13 @@ struct ConfigParser::Element
     static bool flag(const ConfigParser &parser, const QString &value)
     {
         return parser.option->parseBool(value, parser.option->*field);
+    }
+
+    /// One and the same copy of a text that most definitions repeat.
+    static QString shared(const QString &text)
+    {
+        static QSet<QString> texts;
+        return *texts.insert(text);
     }
 
     static bool nothing(const ConfigParser & /*parser*/, const QString & /*value*/)
@@ -119,6 +128,8 @@ bool ConfigParser::ignorableWhitespace(const QString & /*text*/)
 bool ConfigParser::endElement(const QString & /*namespaceUri*/, const QString &localName,
                               const QString & /*qualifiedName*/)
 {
+    // Records live as long as the program; the room that collecting left behind the text would too.
+    elementText.squeeze();
     const QString value = elementText;
     elementText.clear();
     if (value.isEmpty())

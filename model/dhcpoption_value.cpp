@@ -2,30 +2,36 @@
 
 #include "dhcpoption.h"
 
-#include "qtpaths.h"
+#include "paths.h"
 
 #include <QFile>
-#include <QFileInfo>
 #include <QTextStream>
+
+#include <fcntl.h>
 
 namespace {
 
 constexpr char FirstVariableDirectory[] = "/var/lib/dhcp3/vars/eth0";
 constexpr char SecondVariableDirectory[] = "/var/lib/dhcp3/vars/eth1";
 
-/// The option's variable file: the first readable one, under the name with dashes or as it is. Null without one.
-QString variableFile(const QString &linuxName)
+/// Opens the option's variable file: the first readable one, under the name with dashes or as it is. -1 without
+/// one. To open is to ask whether it is readable, at half the price of asking first.
+int openVariableFile(const QString &linuxName)
 {
-    QString dashedName = linuxName;
-    dashedName.replace(QLatin1Char('_'), QLatin1Char('-'));
+    const QByteArray name = QFile::encodeName(linuxName);
+    QByteArray dashedName = name;
+    dashedName.replace('_', '-');
     for (const char *fixedPath : {FirstVariableDirectory, SecondVariableDirectory}) {
-        const QString directory = Paths::resolved(fixedPath) + QLatin1Char('/');
-        if (QFileInfo(directory + dashedName).isReadable())
-            return directory + dashedName;
-        if (dashedName != linuxName && QFileInfo(directory + linuxName).isReadable())
-            return directory + linuxName;
+        const std::string directory = Paths::resolve(fixedPath) + '/';
+        for (const QByteArray &candidate : {dashedName, name}) {
+            const int descriptor = ::open((directory + candidate.constData()).c_str(), O_RDONLY | O_CLOEXEC);
+            if (descriptor >= 0)
+                return descriptor;
+            if (dashedName == name)
+                break;
+        }
     }
-    return QString();
+    return -1;
 }
 
 /// The first line that assigns something; null without one.
@@ -55,11 +61,9 @@ void DhcpOption::readCurrentValue()
 {
     currentValue = tr("N/A", "Short for Not Available.  Should be brief.");
 
-    const QString path = variableFile(linuxName);
-    if (path.isNull())
-        return;
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
+    const int descriptor = openVariableFile(linuxName);
+    QFile file;
+    if (descriptor < 0 || !file.open(descriptor, QIODevice::ReadOnly | QIODevice::Text, QFile::AutoCloseHandle))
         return;
     QTextStream stream(&file);
     stream.setCodec("UTF-8");
