@@ -537,7 +537,13 @@ private slots:
             QCOMPARE(text, column == DhcpTable::InfoColumn ? whole : QString());
             QCOMPARE(boxes, column == DhcpTable::InfoColumn ? 1 : 0);
         }
-        struct Key { Qt::Key key; Qt::KeyboardModifiers modifiers; int column; bool opens; };
+        struct Key
+        {
+            Qt::Key key = Qt::Key_unknown;
+            Qt::KeyboardModifiers modifiers;
+            int column = 0;
+            bool opens = false;
+        };
         const Key keys[] = {{Qt::Key_Return, Qt::NoModifier, 3, true}, {Qt::Key_Enter, Qt::KeypadModifier, 3, true},
                             {Qt::Key_Space, Qt::NoModifier, 3, true}, {Qt::Key_F1, Qt::NoModifier, 0, true},
                             {Qt::Key_Return, Qt::ControlModifier, 3, false}, {Qt::Key_Return, Qt::NoModifier, 2, false}};
