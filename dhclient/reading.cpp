@@ -121,7 +121,7 @@ void Reading::readInclude(const Statement &include, std::size_t *context, int de
     if (depth == DeepestInclude)
         throw SyntaxError{m_statements[m_anchor].line, include.word + ": files included too deeply"};
     try {
-        auto statements = std::make_unique<std::vector<Statement>>(parse(*content));
+        auto statements = std::make_unique<std::vector<Statement>>(parse(*content, *context != 0));
         const std::vector<Statement> &kept = *statements;
         m_included.emplace(&include, std::move(statements));
         read(kept, context, include.word, depth + 1);

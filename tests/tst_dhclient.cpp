@@ -82,6 +82,10 @@ std::optional<std::string> included(const std::string &path)
 {
     if (path == "/included.conf")
         return "option inc code 190 = text; request inc, routers;";
+    if (path == "/plain.conf")
+        return "request routers, ntp-servers;";
+    if (path == "/brace.conf")
+        return "request routers; }";
     if (path == "/broken.conf")
         return "request routers;\nrequest ntp-servers\n";
     if (path == "/itself.conf")
@@ -293,6 +297,9 @@ private slots:
         row("# caf\xff\nrequest routers;\n", 1);
         row("\n\ninclude \"/broken.conf\";\n", 3);
         row("include \"/itself.conf\";\n", 1);
+        row("include \"/brace.conf\";\n", 1);
+        row("interface \"e0\" {\n include \"/brace.conf\"; }\n", 2);
+        row("interface \"e0\" {\n include \"/included.conf\"; }\n", 2); // a declaration inside the block
         row("if ((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((", 1);
     }
 

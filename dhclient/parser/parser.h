@@ -18,6 +18,7 @@ public:
     OptionType optionType();
     Name optionName();
     bool atEnd() const { return m_token.kind == Token::End; }
+    void wantEnd() const;
 
 private:
     // statements.cpp

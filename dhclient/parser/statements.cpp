@@ -10,10 +10,12 @@ constexpr int DeepestNesting = 100;
 
 } // namespace
 
-std::vector<Statement> parse(std::string_view text)
+std::vector<Statement> parse(std::string_view text, bool inBlock)
 {
     Parser parser(text);
-    return parser.statements(Parser::File);
+    std::vector<Statement> result = parser.statements(inBlock ? Parser::Interface : Parser::File);
+    parser.wantEnd();
+    return result;
 }
 
 Parser::Nesting::Nesting(Parser &parser) : m_parser(parser)
@@ -70,6 +72,12 @@ void Parser::want(Token::Kind kind, const char *what)
     if (m_token.kind != kind)
         refuse(std::string(what) + " expected");
     advance();
+}
+
+void Parser::wantEnd() const
+{
+    if (!atEnd())
+        refuse("a \"}\" without its \"{\"");
 }
 
 void Parser::semicolon()

@@ -65,7 +65,8 @@ struct OptionType
 /// The statements of a configuration file, in order. Throws SyntaxError for what the client would refuse in
 /// structure: it skips to the next ";" then, and so drops more than the faulty statement.
 /// The grammar is that of dhclient.conf(5), dhcp-options(5) and dhcp-eval(5), checked against the client.
-std::vector<Statement> parse(std::string_view text);
+/// `inBlock` tells of a file that is included inside a block, and so may hold only what may stand there.
+std::vector<Statement> parse(std::string_view text, bool inBlock = false);
 
 /// Reads a type as dhcp-options(5) writes it ("array of unsigned integer 8"); throws SyntaxError unless the
 /// whole text is one.
