@@ -153,15 +153,28 @@ bool Reading::knowsSpace(const std::string &space) const
     return m_spaces.count(space) != 0 || isKnownSpace(space);
 }
 
+// How the values of an option that is known here are written.
+std::string Reading::format(const std::string &id) const
+{
+    const auto declared = m_declared.find(id);
+    if (declared != m_declared.end())
+        return formatOf(declared->second->type);
+    if (isKnownOption(id))
+        return std::string(knownFormat(id));
+    const int code = numberedCode(id);
+    for (const auto &[other, declaration] : m_declared) {
+        if (code != 0 && other.find('.') == std::string_view::npos && declaration->code == std::to_string(code))
+            return formatOf(declaration->type);
+    }
+    const std::string_view known = knownName(code);
+    return known.empty() ? "X" : std::string(knownFormat(known));
+}
+
 void Reading::check(const Name &name, const std::string &file, bool request)
 {
-    const auto declared = m_declared.find(name.id);
-    const bool isDeclaredHere = declared != m_declared.end();
-    if (!isDeclaredHere && !isKnownOption(name.id) && !isNumberedOption(name.id))
+    if (!isDeclared(name.id) && !isKnownOption(name.id) && !isNumberedOption(name.id))
         m_violations.push_back({file, name.line, name.id, "no option is called \"" + name.id + "\" here", request});
-    else if (!name.value.empty()
-             && !fits(name.value, isDeclaredHere ? formatOf(declared->second->type)
-                                                 : std::string(knownFormat(name.id))))
+    else if (!name.value.empty() && !fits(name.value, format(name.id)))
         m_violations.push_back({file, name.line, name.id, "\"" + name.id + "\" has no such values", false});
 }
 

@@ -312,6 +312,28 @@ private slots:
         QVERIFY(!result.error.empty());
     }
 
+    // Each line of the table, and what the client itself says of it.
+    void statements()
+    {
+        QFile file(u(GOLDEN_PATH "/statements.txt"));
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        Client client;
+        int lines = 0;
+        while (!file.atEnd()) {
+            const QByteArray line = file.readLine();
+            if (line.startsWith('#'))
+                continue;
+            ++lines;
+            const QByteArray text = line.mid(4);
+            const bool good = line.startsWith("yes ");
+            QVERIFY2(good != line.startsWith("no  "), line.constData());
+            QVERIFY2((edited(text, "--add-request routers\n").status == Result::Done) == good, line.constData());
+            if (client.isThere)
+                QVERIFY2(client.complaints(text).isEmpty() == good, line.constData());
+        }
+        QVERIFY(lines > 100);
+    }
+
     void accepted()
     {
         // The sample of dhclient.conf(5) and what else its pages show.

@@ -3,7 +3,8 @@
 #include <algorithm>
 
 // The executable statements and expressions of dhcp-eval(5): just enough of them to know where each statement
-// ends and which options it uses. Values aren't checked against the types of their options.
+// ends and which options it uses. Values are kept for the check against the types of their
+// options, which are known only when all is read in order.
 
 namespace DhclientConf {
 
@@ -148,17 +149,17 @@ void Parser::optionValue()
 }
 
 // Literal values: strings, numbers, addresses, names, with commas or, in records, blanks between them.
-std::string Parser::values()
+std::vector<Word> Parser::values()
 {
-    std::string kinds;
+    std::vector<Word> words;
     bool joined = false; // whether a sign such as "." or ":" asks for more of the same value
     bool any = false;
     for (;; any = true) {
         if (m_token.kind == Token::Sign) {
             const char sign = m_token.text.front();
             if (sign == ';' && any && !joined)
-                return kinds;
-            kinds += sign;
+                return words;
+            words.push_back({sign, std::string(1, sign)});
             const bool comma = sign == ',' && any && !joined;
             if (!comma && std::string_view(".:/").find(sign) == std::string_view::npos)
                 refuse(any ? "a value or \";\" expected" : "a value expected");
@@ -174,10 +175,9 @@ std::string Parser::values()
             refuse("\";\" expected");
         if (isReserved() && !joined)
             refuse("\";\" expected before \"" + std::string(m_token.text) + "\"");
-        kinds += m_token.kind == Token::String                              ? 'S'
-            : m_token.kind == Token::Number                                 ? 'N'
-            : m_token.text.front() >= '0' && m_token.text.front() <= '9' ? 'H'
-                                                                            : 'W';
+        const bool digit = m_token.text.front() >= '0' && m_token.text.front() <= '9';
+        const char kind = m_token.kind == Token::String ? 'S' : m_token.kind == Token::Number ? 'N' : digit ? 'H' : 'W';
+        words.push_back({kind, std::string(m_token.text)});
         if (!joined && m_token.isWord("on")) { // a boolean, or the start of a statement
             const int line = m_endLine;
             advance();

@@ -46,7 +46,7 @@ private:
     void onEvent();
     void switchBlock();
     void optionValue();
-    std::string values();
+    std::vector<Word> values();
     void expression();
     void operand();
     void arguments();

@@ -9,6 +9,13 @@
 
 namespace DhclientConf {
 
+/// A token of a literal value.
+struct Word
+{
+    char kind; ///< S string, N number, H word that starts with a digit, W other word; a sign is itself
+    std::string text;
+};
+
 /// An option's name where the text writes it.
 struct Name
 {
@@ -17,8 +24,7 @@ struct Name
     std::size_t end;
     int line;
     std::size_t comma; ///< where the comma behind it stands in a list, npos where none stands
-    std::string value; ///< a literal value for it, by kinds of tokens: S string, N number, H word that starts with
-                       ///< a digit, W other word, signs as they are; empty without one
+    std::vector<Word> value; ///< the literal value that it is given, if any
 };
 
 struct Statement
