@@ -148,6 +148,17 @@ bool Reading::knows(const std::string &id) const
     return isDeclared(id) || isKnownOption(id);
 }
 
+int Reading::code(const std::string &id) const
+{
+    if (id.find('.') != std::string::npos)
+        return 0;
+    const auto declared = m_declared.find(id);
+    if (declared == m_declared.end())
+        return knownCode(id);
+    const std::string &code = declared->second->code;
+    return code.size() <= 3 ? std::stoi(code) : 0;
+}
+
 bool Reading::knowsSpace(const std::string &space) const
 {
     return m_spaces.count(space) != 0 || isKnownSpace(space);

@@ -79,6 +79,8 @@ public:
     bool isDeclared(const std::string &id) const { return m_declared.count(id) != 0; }
     /// Whether the client knows the name at the end of the file, by itself or by a declaration.
     bool knows(const std::string &id) const;
+    /// The code of a DHCPv4 option that is known at the end of the file, 0 if none is known by that name.
+    int code(const std::string &id) const;
     bool knowsSpace(const std::string &space) const;
     /// The declarations of a name, the edited file's (as indices into statements()).
     std::vector<std::size_t> declarations(const std::string &id) const;
