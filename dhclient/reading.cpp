@@ -43,7 +43,7 @@ void Reading::read(const std::vector<Statement> &statements, std::size_t *contex
         if (!foreign && &statements == &m_statements)
             m_anchor = static_cast<std::size_t>(&statement - m_statements.data());
         if (foreign)
-            m_foreign.push_back({&statement, m_anchor});
+            m_foreign.push_back({&statement, m_anchor, m_include, file, *context});
         for (const Name &name : statement.uses)
             check(name, file, false);
         switch (statement.kind) {
@@ -123,6 +123,8 @@ void Reading::readInclude(const Statement &include, std::size_t *context, int de
     try {
         auto statements = std::make_unique<std::vector<Statement>>(parse(*content, *context != 0));
         const std::vector<Statement> &kept = *statements;
+        if (depth == 0)
+            m_include = &include;
         m_included.emplace(&include, std::move(statements));
         read(kept, context, include.word, depth + 1);
     } catch (const SyntaxError &error) {
@@ -146,6 +148,12 @@ bool Reading::replacesList(const Statement &include) const
 bool Reading::knows(const std::string &id) const
 {
     return isDeclared(id) || isKnownOption(id);
+}
+
+const Foreign &Reading::foreign(const Entry &entry) const
+{
+    return *std::find_if(m_foreign.begin(), m_foreign.end(),
+                         [&entry](const Foreign &foreign) { return foreign.statement == entry.list; });
 }
 
 int Reading::code(const std::string &id) const

@@ -124,6 +124,34 @@ std::string withoutOthers(std::string_view text, const std::vector<const Entry *
     return withoutNames(text, list, indices.empty() ? std::vector<std::size_t>{entries.front()->index} : indices);
 }
 
+// Behind the include that still brings the option into a list, that list without it; nothing if there is none,
+// or if the included file has interface blocks of its own, which no statement of this file reaches.
+std::optional<std::string> withListBehindInclude(const Reading &reading, const Option &option)
+{
+    const std::vector<Statement> &statements = reading.statements();
+    for (const Context &context : reading.contexts()) {
+        for (auto entry = context.entries.rbegin(); entry != context.entries.rend(); ++entry) {
+            if (!entry->foreign || !option.isNamed(entry->id))
+                continue;
+            const Foreign &foreign = reading.foreign(*entry);
+            const bool topLevel = foreign.include == &statements[foreign.anchor];
+            if (topLevel && foreign.context != 0)
+                break;
+            std::vector<std::string> others;
+            for (const Entry &other : context.entries) {
+                const std::size_t place = !other.list ? 0
+                    : other.foreign                   ? reading.foreign(other).include->begin
+                                                      : other.list->begin;
+                if (place <= foreign.include->begin && !option.isNamed(other.id))
+                    others.emplace_back(other.id);
+            }
+            return withBehind(reading.text(), *foreign.include,
+                              listStatement("request", others, lineEnd(reading.text())));
+        }
+    }
+    return std::nullopt;
+}
+
 } // namespace
 
 void requestOnce(Draft &draft, const std::string &id, const std::string &name, int declared)
@@ -191,14 +219,25 @@ void unlist(Draft &draft, const std::string &id, int code, Lists lists)
 void requestNowhere(Draft &draft, const std::string &id)
 {
     const int code = draft.reading().code(id);
+    const Option option{id, code};
     unlist(draft, id, code, Lists::Both);
+    while (std::optional<std::string> next = withListBehindInclude(draft.reading(), option))
+        draft.change(std::move(*next));
     const Reading &reading = draft.reading();
+    const auto note = [&](const Foreign &foreign) {
+        draft.note("the included file \"" + foreign.path + "\" still lists \"" + id + "\"");
+    };
     for (const Foreign &foreign : reading.foreign()) {
         const std::vector<Name> &names = foreign.statement->names;
-        const bool list = isList(*foreign.statement) || foreign.statement->kind == Statement::Require;
-        if (list && std::any_of(names.begin(), names.end(), [&id](const Name &name) { return name.id == id; }))
-            draft.note("the included file \"" + reading.statements()[foreign.anchor].word + "\" still lists \""
-                            + id + "\"");
+        if (foreign.statement->kind == Statement::Require
+            && std::any_of(names.begin(), names.end(), [&option](const Name &name) { return option.isNamed(name.id); }))
+            note(foreign);
+    }
+    for (const Context &context : reading.contexts()) {
+        for (const Entry &entry : context.entries) {
+            if (entry.foreign && option.isNamed(entry.id))
+                note(reading.foreign(entry));
+        }
     }
     const auto asked = [&id](const Context &context) {
         return std::any_of(context.entries.begin(), context.entries.end(), [&id](const Entry &entry) {

@@ -84,6 +84,10 @@ std::optional<std::string> included(const std::string &path)
         return "option inc code 190 = text; request inc, routers;";
     if (path == "/plain.conf")
         return "request routers, ntp-servers;";
+    if (path == "/outer.conf")
+        return "include \"/inner.conf\"; interface \"e0\" { request routers; }";
+    if (path == "/inner.conf")
+        return "require routers;";
     if (path == "/brace.conf")
         return "request routers; }";
     if (path == "/broken.conf")
