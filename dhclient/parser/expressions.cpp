@@ -105,7 +105,8 @@ void Parser::conditional()
 void Parser::onEvent()
 {
     do
-        want(Token::Word, "an event");
+        if (!take("expiry") && !take("release") && !take("commit"))
+            refuse("\"expiry\", \"release\" or \"commit\" expected");
     while (take("or"));
     executableBlock();
 }

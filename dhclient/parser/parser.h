@@ -3,6 +3,8 @@
 
 #include "parser/statements.h"
 
+#include <set>
+
 namespace DhclientConf {
 
 /// The recursive descent behind parse(), parseType() and parseName().
@@ -26,11 +28,19 @@ private:
     void optionList(Statement &result);
     void include(Statement &result);
     void block(Statement &result, Scope scope);
+    void semicolon();
+
+    // keywords.cpp
     bool keywordStatement(Scope scope);
+    void reject();
     void lease();
+    std::string keyName();
+    void knownKey();
     void key();
     void zone();
-    void semicolon();
+    template<typename Words>
+    bool takeOne(const Words &words);
+    void refuseUnless(bool good, const char *what) const;
 
     // declarations.cpp
     void option(Statement &result, Scope scope);
@@ -80,6 +90,8 @@ private:
     std::size_t m_end = 0;  // behind the last one taken
     int m_endLine = 1;      // the line of the last one taken
     std::vector<Name> *m_uses = nullptr;
+    std::set<std::string> m_keys;
+    bool m_anyKey = false; // whether an include statement may have brought more keys
     int m_depth = 0;
 };
 
