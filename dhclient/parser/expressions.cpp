@@ -48,11 +48,10 @@ bool Parser::executable()
         wantSign('(');
         if (take("fatal") || take("error") || take("debug") || take("info"))
             wantSign(',');
-        expression();
+        want(Data);
         wantSign(')');
-    } else if (m_token.isWord("execute")) {
-        advance();
-        arguments();
+    } else if (take("execute")) {
+        arguments("SD*");
     } else if (take("if")) {
         conditional();
         return true;
@@ -90,7 +89,13 @@ void Parser::executableBlock()
 void Parser::conditional()
 {
     const Nesting nesting(*this);
-    expression();
+    // Behind a bracket right here, the client expects the block.
+    if (takeSign('(')) {
+        want(Boolean);
+        wantSign(')');
+    } else {
+        want(Boolean);
+    }
     executableBlock();
     if (take("elsif")) {
         conditional();
@@ -144,7 +149,7 @@ void Parser::optionValue()
 {
     const bool ofSpace = (use(), m_uses->back().id.find('.') != std::string::npos);
     if (takeSign('='))
-        expression();
+        want(Data);
     else if (!(ofSpace && m_token.isSign(';'))) // some options of DHCPv6 have no value
         m_uses->back().value = values();
 }
@@ -191,66 +196,6 @@ std::vector<Word> Parser::values()
                 refuse("\";\" expected");
         }
         joined = false;
-    }
-}
-
-void Parser::arguments()
-{
-    const Nesting nesting(*this);
-    wantSign('(');
-    if (!m_token.isSign(')')) {
-        do
-            expression();
-        while (takeSign(','));
-    }
-    wantSign(')');
-}
-
-// Operands with operators between them; their precedence is of no matter here.
-void Parser::expression()
-{
-    for (;;) {
-        operand();
-        if (take("and") || take("or"))
-            continue;
-        if (m_token.kind != Token::Sign || std::string_view("=!~+-*/%&^|").find(m_token.text.front())
-                == std::string_view::npos)
-            return;
-        const std::size_t begin = m_token.begin;
-        advance();
-        if (m_token.kind == Token::Sign && m_token.begin == begin + 1 && (m_token.isSign('=') || m_token.isSign('~')))
-            advance();
-    }
-}
-
-void Parser::operand()
-{
-    const Nesting nesting(*this);
-    while (take("not")) { }
-    if (takeSign('(')) {
-        expression();
-        wantSign(')');
-    } else if (take("option") || take("exists") || take("config-option")) {
-        use();
-    } else if (m_token.kind == Token::String) {
-        advance();
-    } else if (m_token.kind == Token::Number || m_token.kind == Token::Word) {
-        if (isReserved())
-            refuse("an operand expected before \"" + std::string(m_token.text) + "\"");
-        const bool word = m_token.kind == Token::Word;
-        advance();
-        if (word && m_token.isSign('(')) {
-            arguments();
-            return;
-        }
-        while (takeSign(':')) { // data as hexadecimal numbers
-            if (m_token.kind != Token::Number)
-                want(Token::Word, "a hexadecimal number");
-            else
-                advance();
-        }
-    } else {
-        refuse("an operand expected");
     }
 }
 

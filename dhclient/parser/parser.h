@@ -57,9 +57,16 @@ private:
     void switchBlock();
     void optionValue();
     std::vector<Word> values();
-    void expression();
-    void operand();
-    void arguments();
+
+    // operands.cpp
+    enum Kind { Boolean, Data, Number, Literal, Any }; ///< Literal: data or number; Any: a variable's
+    static bool isOf(Kind kind, Kind wanted);
+    Kind expression();
+    Kind comparison();
+    Kind operand();
+    Kind word();
+    void want(Kind kind);
+    void arguments(std::string_view signature);
     void use() { m_uses->push_back(optionName()); }
     bool isReserved() const;
 
