@@ -76,10 +76,11 @@ bool holds(const Context &context, const Entry &wanted)
 // The first statement at top level that may name the option.
 std::size_t knownFrom(const Reading &reading, const std::string &id, bool declared)
 {
-    if (declared || isKnownOption(id) || !reading.declarations(id).empty())
-        return 0;
     const std::vector<Foreign> foreign = reading.foreignDeclarations(id);
-    return foreign.empty() ? 0 : foreign.front().anchor + 1;
+    if (isKnownOption(id) || foreign.empty() || (!declared && !reading.declarations(id).empty()))
+        return 0;
+    // A declaration to come goes behind the last one, so that it wins.
+    return (declared ? foreign.back() : foreign.front()).anchor + 1;
 }
 
 /// The names of one option.

@@ -88,6 +88,8 @@ std::optional<std::string> included(const std::string &path)
         return "include \"/inner.conf\"; interface \"e0\" { request routers; }";
     if (path == "/inner.conf")
         return "require routers;";
+    if (path == "/declares.conf")
+        return "option inc code 190 = text;";
     if (path == "/brace.conf")
         return "request routers; }";
     if (path == "/broken.conf")
