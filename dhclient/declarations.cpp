@@ -113,8 +113,7 @@ void declareOnce(Draft &draft, const Specification &wanted)
         const std::vector<std::size_t> own = reading.declarations(wanted.id);
         const std::vector<Foreign> foreign = reading.foreignDeclarations(wanted.id);
         if (!foreign.empty()) {
-            draft.note("the included file \"" + statements[foreign.back().anchor].word + "\" declares \""
-                            + wanted.name + "\" too");
+            draft.note("the included file \"" + foreign.back().path + "\" declares \"" + wanted.name + "\" too");
             if (own.empty() && isSame(*foreign.back().statement, wanted)
                 && foreign.front().anchor <= reading.firstUse(wanted.id))
                 return;

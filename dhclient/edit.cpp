@@ -134,9 +134,9 @@ void changeRequests(Draft &draft, const Wish &wish)
     if (wish.noRequest)
         requestNowhere(draft, wish.id);
     else if (wish.noRequire)
-        unlist(draft, wish.id, Lists::Require);
+        unlist(draft, wish.id, draft.reading().code(wish.id), Lists::Require);
     if (wish.request)
-        requestOnce(draft, wish.id, wish.name, wish.declaration.has_value());
+        requestOnce(draft, wish.id, wish.name, wish.declaration ? std::stoi(wish.declaration->code) : 0);
 }
 
 void changeDeclarations(Draft &draft, const Wish &wish)
@@ -158,7 +158,7 @@ void changeDeclarations(Draft &draft, const Wish &wish)
     if (!reading.knows(wish.id)) {
         // A list with a name that the client doesn't know is dropped whole.
         if (!(wish.request && wish.requestIsLater))
-            unlist(draft, wish.id, Lists::Both);
+            unlist(draft, wish.id, 0, Lists::Both);
     } else if (!left.empty() && left.front() > reading.firstUse(wish.id)
                && reading.foreignDeclarations(wish.id).empty()) {
         const Statement &declaration = reading.statements()[left.back()];

@@ -21,11 +21,14 @@ bool isKnownSpace(std::string_view space);
 /// Names like "unknown-228", which the client takes in a list for whatever option has that code, and leaves out
 /// of what it sends while none has.
 bool isNumberedOption(std::string_view id);
+/// The code of such a name of DHCPv4, 0 if it is none.
+int numberedCode(std::string_view id);
 
-/// How an option's value is written, a letter per part: I IPv4 address or host name, J IPv6 address, n number,
-/// f boolean, t text, X string or hexadecimal data, d domain name, D quoted domain names; "A" at the end for an
-/// array of all that. From dhcp-options(5), and each letter tried on the client (which takes some options as text
-/// that the page calls strings). Empty where nothing is known.
+/// How an option's value is written, a letter per part: I IPv4 address or host name, J IPv6 address, b, s and l
+/// numbers of 8, 16 and 32 bits, f boolean, t text, X string or hexadecimal data, d domain name, D quoted domain
+/// names; "a" behind a part for an array of it, "A" at the end for an array of all. From dhcp-options(5), and each
+/// letter tried on the client (which takes some options as text that the page calls strings). Empty where nothing
+/// is known, or where the option has no value.
 std::string_view knownFormat(std::string_view id);
 
 /// The code of a DHCPv4 option that the client knows, 0 if it knows none of that name.

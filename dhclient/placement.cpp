@@ -174,6 +174,37 @@ std::string withoutName(std::string_view text, const Statement &list, std::size_
     return result.erase(std::min(comma, name.begin), comma > name.begin ? name.end - name.begin : 1);
 }
 
+std::string withoutNames(std::string_view text, const Statement &list, const std::vector<std::size_t> &indices)
+{
+    const std::vector<Name> &names = list.names;
+    const auto between = [&](std::size_t first) {
+        return text.substr(names[first].end, names[first + 1].begin - names[first].end);
+    };
+    const auto onlyCommas = [&](std::size_t first) {
+        return between(first).find_first_not_of(", \t\r\n\v\f") == std::string_view::npos;
+    };
+    // Each with what is behind it, or, at the ends of lines, with what is before it: as withoutName() does.
+    for (const bool behind : {true, false}) {
+        std::string result;
+        std::size_t copied = 0;
+        std::size_t cuts = 0;
+        for (const std::size_t index : indices) {
+            if (index + 1 == names.size() || (!behind && index == 0))
+                continue;
+            const bool lineEnds = between(index).find('\n') != std::string_view::npos;
+            if (lineEnds == behind || !onlyCommas(behind ? index : index - 1))
+                continue;
+            const std::size_t begin = behind ? names[index].begin : names[index - 1].end;
+            result.append(text.substr(copied, begin - copied));
+            copied = behind ? names[index + 1].begin : names[index].end;
+            ++cuts;
+        }
+        if (cuts > 1)
+            return result.append(text.substr(copied));
+    }
+    return withoutName(text, list, indices.back());
+}
+
 std::string listStatement(std::string_view keyword, const std::vector<std::string> &names, std::string_view lineEnd)
 {
     std::string result(keyword);

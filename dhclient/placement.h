@@ -33,6 +33,10 @@ std::string withName(std::string_view text, const Statement &list, std::string_v
 /// requires nothing), an "also" list disappears unless it holds a comment.
 std::string withoutName(std::string_view text, const Statement &list, std::size_t index);
 
+/// Takes at least one of several names (indices in ascending order) out of a list, and all at once that stand as
+/// names mostly do, so that a long list needs few readings.
+std::string withoutNames(std::string_view text, const Statement &list, const std::vector<std::size_t> &indices);
+
 /// A list statement of these names, broken into lines as withName() does.
 std::string listStatement(std::string_view keyword, const std::vector<std::string> &names, std::string_view lineEnd);
 

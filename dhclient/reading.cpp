@@ -43,7 +43,7 @@ void Reading::read(const std::vector<Statement> &statements, std::size_t *contex
         if (!foreign && &statements == &m_statements)
             m_anchor = static_cast<std::size_t>(&statement - m_statements.data());
         if (foreign)
-            m_foreign.push_back({&statement, m_anchor});
+            m_foreign.push_back({&statement, m_anchor, m_include, file, *context});
         for (const Name &name : statement.uses)
             check(name, file, false);
         switch (statement.kind) {
@@ -121,8 +121,10 @@ void Reading::readInclude(const Statement &include, std::size_t *context, int de
     if (depth == DeepestInclude)
         throw SyntaxError{m_statements[m_anchor].line, include.word + ": files included too deeply"};
     try {
-        auto statements = std::make_unique<std::vector<Statement>>(parse(*content));
+        auto statements = std::make_unique<std::vector<Statement>>(parse(*content, *context != 0));
         const std::vector<Statement> &kept = *statements;
+        if (depth == 0)
+            m_include = &include;
         m_included.emplace(&include, std::move(statements));
         read(kept, context, include.word, depth + 1);
     } catch (const SyntaxError &error) {
@@ -148,20 +150,50 @@ bool Reading::knows(const std::string &id) const
     return isDeclared(id) || isKnownOption(id);
 }
 
+const Foreign &Reading::foreign(const Entry &entry) const
+{
+    return *std::find_if(m_foreign.begin(), m_foreign.end(),
+                         [&entry](const Foreign &foreign) { return foreign.statement == entry.list; });
+}
+
+int Reading::code(const std::string &id) const
+{
+    if (id.find('.') != std::string::npos)
+        return 0;
+    const auto declared = m_declared.find(id);
+    if (declared == m_declared.end())
+        return knownCode(id);
+    const std::string &code = declared->second->code;
+    return code.size() <= 3 ? std::stoi(code) : 0;
+}
+
 bool Reading::knowsSpace(const std::string &space) const
 {
     return m_spaces.count(space) != 0 || isKnownSpace(space);
 }
 
+// How the values of an option that is known here are written.
+std::string Reading::format(const std::string &id) const
+{
+    const auto declared = m_declared.find(id);
+    if (declared != m_declared.end())
+        return formatOf(declared->second->type);
+    if (isKnownOption(id))
+        return std::string(knownFormat(id));
+    const int code = numberedCode(id);
+    for (const auto &[other, declaration] : m_declared) {
+        if (code != 0 && other.find('.') == std::string_view::npos && declaration->code == std::to_string(code))
+            return formatOf(declaration->type);
+    }
+    const std::string_view known = knownName(code);
+    return known.empty() ? "X" : std::string(knownFormat(known));
+}
+
 void Reading::check(const Name &name, const std::string &file, bool request)
 {
-    const auto declared = m_declared.find(name.id);
-    const bool isDeclaredHere = declared != m_declared.end();
-    if (!isDeclaredHere && !isKnownOption(name.id) && !isNumberedOption(name.id))
+    if (!isDeclared(name.id) && !isKnownOption(name.id) && !isNumberedOption(name.id))
         m_violations.push_back({file, name.line, name.id, "no option is called \"" + name.id + "\" here", request});
-    else if (!name.value.empty()
-             && !fits(name.value, isDeclaredHere ? formatOf(declared->second->type)
-                                                 : std::string(knownFormat(name.id))))
+    else if (!name.value.empty() && !fits(name.value, format(name.id)))
         m_violations.push_back({file, name.line, name.id, "\"" + name.id + "\" has no such values", false});
 }
 

@@ -47,11 +47,14 @@ struct Violation
     bool request;     ///< the name stands in a request or require list
 };
 
-/// An included file's statement, and the index of the edited file's statement that includes it.
+/// An included file's statement.
 struct Foreign
 {
     const Statement *statement;
-    std::size_t anchor;
+    std::size_t anchor;       ///< the index of the edited file's statement that includes it, or whose block does
+    const Statement *include; ///< the edited file's include statement that brought it
+    std::string path;         ///< of the file that holds it
+    std::size_t context;      ///< an index into contexts()
 };
 
 /// The edited file as the client reads it: statements in order, included files where they are included.
@@ -69,6 +72,8 @@ public:
     /// The first is the one of all interfaces without a block.
     const std::vector<Context> &contexts() const { return m_contexts; }
     const std::vector<Foreign> &foreign() const { return m_foreign; }
+    /// The one of a foreign entry's list.
+    const Foreign &foreign(const Entry &entry) const;
     const std::vector<Violation> &violations() const { return m_violations; }
     /// Included files that can't be read: the client goes on without them (measured).
     const std::vector<std::string> &missing() const { return m_missing; }
@@ -79,6 +84,8 @@ public:
     bool isDeclared(const std::string &id) const { return m_declared.count(id) != 0; }
     /// Whether the client knows the name at the end of the file, by itself or by a declaration.
     bool knows(const std::string &id) const;
+    /// The code of a DHCPv4 option that is known at the end of the file, 0 if none is known by that name.
+    int code(const std::string &id) const;
     bool knowsSpace(const std::string &space) const;
     /// The declarations of a name, the edited file's (as indices into statements()).
     std::vector<std::size_t> declarations(const std::string &id) const;
@@ -92,6 +99,7 @@ private:
     void readList(const Statement &list, std::size_t context, const std::string &file);
     void readInclude(const Statement &include, std::size_t *context, int depth);
     void check(const Name &name, const std::string &file, bool request);
+    std::string format(const std::string &id) const;
     void checkDeclaration(const Statement &declaration, const std::string &file);
     std::size_t enter(const Statement &block, std::size_t outer, bool foreign);
 
@@ -107,6 +115,7 @@ private:
     std::map<std::string_view, const Statement *> m_declared; ///< the last declaration of each
     std::set<std::string> m_spaces;
     std::size_t m_anchor = 0;
+    const Statement *m_include = nullptr;
 };
 
 /// A text in the course of its edits, read anew only after it changed.

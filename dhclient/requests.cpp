@@ -76,43 +76,102 @@ bool holds(const Context &context, const Entry &wanted)
 // The first statement at top level that may name the option.
 std::size_t knownFrom(const Reading &reading, const std::string &id, bool declared)
 {
-    if (declared || isKnownOption(id) || !reading.declarations(id).empty())
-        return 0;
     const std::vector<Foreign> foreign = reading.foreignDeclarations(id);
-    return foreign.empty() ? 0 : foreign.front().anchor + 1;
+    if (isKnownOption(id) || foreign.empty() || (!declared && !reading.declarations(id).empty()))
+        return 0;
+    // A declaration to come goes behind the last one, so that it wins.
+    return (declared ? foreign.back() : foreign.front()).anchor + 1;
 }
 
-std::optional<std::string> withoutOne(std::string_view text, const std::vector<Statement> &statements,
-                                      const std::string &id, Lists lists)
+/// The names of one option.
+struct Option
+{
+    const std::string &id;
+    int code; ///< 0 if names by number don't count
+
+    bool isNumbered(std::string_view name) const { return code != 0 && numberedCode(name) == code; }
+    bool isNamed(std::string_view name) const { return name == id || isNumbered(name); }
+};
+
+// Nothing if the option isn't listed.
+std::optional<std::string> withoutSome(std::string_view text, const std::vector<Statement> &statements,
+                                       const Option &option, Lists lists)
 {
     for (const Statement &statement : statements) {
         if (statement.kind == Statement::Require || (isList(statement) && lists == Lists::Both)) {
+            std::vector<std::size_t> indices;
             for (std::size_t i = 0; i < statement.names.size(); ++i) {
-                if (statement.names[i].id == id)
-                    return withoutName(text, statement, i);
+                if (option.isNamed(statement.names[i].id))
+                    indices.push_back(i);
             }
+            if (!indices.empty())
+                return withoutNames(text, statement, indices);
         }
-        if (std::optional<std::string> result = withoutOne(text, statement.body, id, lists))
+        if (std::optional<std::string> result = withoutSome(text, statement.body, option, lists))
             return result;
+    }
+    return std::nullopt;
+}
+
+// Without the entries of that list, but for the first of all.
+std::string withoutOthers(std::string_view text, const std::vector<const Entry *> &entries, const Statement &list)
+{
+    std::vector<std::size_t> indices;
+    for (auto entry = entries.begin() + 1; entry != entries.end(); ++entry) {
+        if ((*entry)->list == &list)
+            indices.push_back((*entry)->index);
+    }
+    // The first of all may be a foreign one, or the list's only one.
+    return withoutNames(text, list, indices.empty() ? std::vector<std::size_t>{entries.front()->index} : indices);
+}
+
+// Behind the include that still brings the option into a list, that list without it; nothing if there is none,
+// or if the included file has interface blocks of its own, which no statement of this file reaches.
+std::optional<std::string> withListBehindInclude(const Reading &reading, const Option &option)
+{
+    const std::vector<Statement> &statements = reading.statements();
+    for (const Context &context : reading.contexts()) {
+        for (auto entry = context.entries.rbegin(); entry != context.entries.rend(); ++entry) {
+            if (!entry->foreign || !option.isNamed(entry->id))
+                continue;
+            const Foreign &foreign = reading.foreign(*entry);
+            const bool topLevel = foreign.include == &statements[foreign.anchor];
+            if (topLevel && foreign.context != 0)
+                break;
+            std::vector<std::string> others;
+            for (const Entry &other : context.entries) {
+                const std::size_t place = !other.list ? 0
+                    : other.foreign                   ? reading.foreign(other).include->begin
+                                                      : other.list->begin;
+                if (place <= foreign.include->begin && !option.isNamed(other.id))
+                    others.emplace_back(other.id);
+            }
+            return withBehind(reading.text(), *foreign.include,
+                              listStatement("request", others, lineEnd(reading.text())));
+        }
     }
     return std::nullopt;
 }
 
 } // namespace
 
-void requestOnce(Draft &draft, const std::string &id, const std::string &name, bool declared)
+void requestOnce(Draft &draft, const std::string &id, const std::string &name, int declared)
 {
     for (;;) {
         const Reading &reading = draft.reading();
-        const std::size_t from = knownFrom(reading, id, declared);
+        const std::size_t from = knownFrom(reading, id, declared != 0);
+        const Option option{id, declared != 0 ? declared : reading.code(id)};
         std::optional<std::string> next;
         std::vector<std::string> hopeless;
         for (const Context &context : reading.contexts()) {
             std::vector<const Entry *> entries;
             for (const Entry &entry : context.entries) {
-                if (entry.id == id)
+                if (option.isNamed(entry.id))
                     entries.push_back(&entry);
             }
+            const auto numbered = std::find_if(entries.begin(), entries.end(), [&option](const Entry *entry) {
+                return entry->list && !entry->foreign && option.isNumbered(entry->id);
+            });
             // The contexts before this one are right already: what they share with it stays.
             const auto own = std::find_if(entries.rbegin(), entries.rend(), [&](const Entry *entry) {
                 return entry->list && !entry->foreign
@@ -121,8 +180,12 @@ void requestOnce(Draft &draft, const std::string &id, const std::string &name, b
                        });
             });
             const bool everywhere = context.interface.empty();
+            if (numbered != entries.end()) {
+                next = withoutName(draft.text(), *(*numbered)->list, (*numbered)->index);
+                break;
+            }
             if (entries.size() > 1 && own != entries.rend())
-                next = withoutName(draft.text(), *(*own)->list, (*own)->index);
+                next = withoutOthers(draft.text(), entries, *(*own)->list);
             else if (entries.size() > 1)
                 hopeless.push_back("an included file requests \"" + name + "\" once more"
                                    + (everywhere ? "" : " for interface " + context.interface));
@@ -144,10 +207,10 @@ void requestOnce(Draft &draft, const std::string &id, const std::string &name, b
     }
 }
 
-void unlist(Draft &draft, const std::string &id, Lists lists)
+void unlist(Draft &draft, const std::string &id, int code, Lists lists)
 {
     for (;;) {
-        std::optional<std::string> next = withoutOne(draft.text(), draft.reading().statements(), id, lists);
+        std::optional<std::string> next = withoutSome(draft.text(), draft.reading().statements(), {id, code}, lists);
         if (!next)
             return;
         draft.change(std::move(*next));
@@ -156,14 +219,26 @@ void unlist(Draft &draft, const std::string &id, Lists lists)
 
 void requestNowhere(Draft &draft, const std::string &id)
 {
-    unlist(draft, id, Lists::Both);
+    const int code = draft.reading().code(id);
+    const Option option{id, code};
+    unlist(draft, id, code, Lists::Both);
+    while (std::optional<std::string> next = withListBehindInclude(draft.reading(), option))
+        draft.change(std::move(*next));
     const Reading &reading = draft.reading();
+    const auto note = [&](const Foreign &foreign) {
+        draft.note("the included file \"" + foreign.path + "\" still lists \"" + id + "\"");
+    };
     for (const Foreign &foreign : reading.foreign()) {
         const std::vector<Name> &names = foreign.statement->names;
-        const bool list = isList(*foreign.statement) || foreign.statement->kind == Statement::Require;
-        if (list && std::any_of(names.begin(), names.end(), [&id](const Name &name) { return name.id == id; }))
-            draft.note("the included file \"" + reading.statements()[foreign.anchor].word + "\" still lists \""
-                            + id + "\"");
+        if (foreign.statement->kind == Statement::Require
+            && std::any_of(names.begin(), names.end(), [&option](const Name &name) { return option.isNamed(name.id); }))
+            note(foreign);
+    }
+    for (const Context &context : reading.contexts()) {
+        for (const Entry &entry : context.entries) {
+            if (entry.foreign && option.isNamed(entry.id))
+                note(reading.foreign(entry));
+        }
     }
     const auto asked = [&id](const Context &context) {
         return std::any_of(context.entries.begin(), context.entries.end(), [&id](const Entry &entry) {

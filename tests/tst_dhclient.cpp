@@ -82,6 +82,16 @@ std::optional<std::string> included(const std::string &path)
 {
     if (path == "/included.conf")
         return "option inc code 190 = text; request inc, routers;";
+    if (path == "/plain.conf")
+        return "request routers, ntp-servers;";
+    if (path == "/outer.conf")
+        return "include \"/inner.conf\"; interface \"e0\" { request routers; }";
+    if (path == "/inner.conf")
+        return "require routers;";
+    if (path == "/declares.conf")
+        return "option inc code 190 = text;";
+    if (path == "/brace.conf")
+        return "request routers; }";
     if (path == "/broken.conf")
         return "request routers;\nrequest ntp-servers\n";
     if (path == "/itself.conf")
@@ -293,6 +303,9 @@ private slots:
         row("# caf\xff\nrequest routers;\n", 1);
         row("\n\ninclude \"/broken.conf\";\n", 3);
         row("include \"/itself.conf\";\n", 1);
+        row("include \"/brace.conf\";\n", 1);
+        row("interface \"e0\" {\n include \"/brace.conf\"; }\n", 2);
+        row("interface \"e0\" {\n include \"/included.conf\"; }\n", 2); // a declaration inside the block
         row("if ((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((((", 1);
     }
 
@@ -303,6 +316,28 @@ private slots:
         QCOMPARE(int(result.status), int(Result::Broken));
         QTEST(result.line, "line");
         QVERIFY(!result.error.empty());
+    }
+
+    // Each line of the table, and what the client itself says of it.
+    void statements()
+    {
+        QFile file(u(GOLDEN_PATH "/statements.txt"));
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        Client client;
+        int lines = 0;
+        while (!file.atEnd()) {
+            const QByteArray line = file.readLine();
+            if (line.startsWith('#'))
+                continue;
+            ++lines;
+            const QByteArray text = line.mid(4);
+            const bool good = line.startsWith("yes ");
+            QVERIFY2(good != line.startsWith("no  "), line.constData());
+            QVERIFY2((edited(text, "--add-request routers\n").status == Result::Done) == good, line.constData());
+            if (client.isThere)
+                QVERIFY2(client.complaints(text).isEmpty() == good, line.constData());
+        }
+        QVERIFY(lines > 100);
     }
 
     void accepted()

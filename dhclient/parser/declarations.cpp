@@ -95,12 +95,21 @@ void Parser::spaceDeclaration(Statement &result)
     result.word = lower(m_token.text);
     want(Token::Word, "the name of an option space");
     while (!m_token.isSign(';')) {
-        if (take("hash"))
+        std::string_view allowed; // any number, if empty
+        if (take("hash")) {
             want("size");
-        else if (take("code") || take("length"))
+        } else if (take("code")) {
+            allowed = "124";
             want("width");
-        else
+        } else if (take("length")) {
+            allowed = "12";
+            want("width");
+        } else {
             refuse("\";\" expected");
+        }
+        const std::string_view number = m_token.text;
+        if (!allowed.empty() && (number.size() != 1 || allowed.find(number.front()) == std::string_view::npos))
+            refuse("a width that the client doesn't know");
         want(Token::Number, "a number");
     }
     semicolon();

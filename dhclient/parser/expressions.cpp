@@ -3,7 +3,8 @@
 #include <algorithm>
 
 // The executable statements and expressions of dhcp-eval(5): just enough of them to know where each statement
-// ends and which options it uses. Values aren't checked against the types of their options.
+// ends and which options it uses. Values are kept for the check against the types of their
+// options, which are known only when all is read in order.
 
 namespace DhclientConf {
 
@@ -47,11 +48,10 @@ bool Parser::executable()
         wantSign('(');
         if (take("fatal") || take("error") || take("debug") || take("info"))
             wantSign(',');
-        expression();
+        want(Data);
         wantSign(')');
-    } else if (m_token.isWord("execute")) {
-        advance();
-        arguments();
+    } else if (take("execute")) {
+        arguments("SD*");
     } else if (take("if")) {
         conditional();
         return true;
@@ -89,7 +89,13 @@ void Parser::executableBlock()
 void Parser::conditional()
 {
     const Nesting nesting(*this);
-    expression();
+    // Behind a bracket right here, the client expects the block.
+    if (takeSign('(')) {
+        want(Boolean);
+        wantSign(')');
+    } else {
+        want(Boolean);
+    }
     executableBlock();
     if (take("elsif")) {
         conditional();
@@ -104,7 +110,8 @@ void Parser::conditional()
 void Parser::onEvent()
 {
     do
-        want(Token::Word, "an event");
+        if (!take("expiry") && !take("release") && !take("commit"))
+            refuse("\"expiry\", \"release\" or \"commit\" expected");
     while (take("or"));
     executableBlock();
 }
@@ -142,23 +149,23 @@ void Parser::optionValue()
 {
     const bool ofSpace = (use(), m_uses->back().id.find('.') != std::string::npos);
     if (takeSign('='))
-        expression();
+        want(Data);
     else if (!(ofSpace && m_token.isSign(';'))) // some options of DHCPv6 have no value
         m_uses->back().value = values();
 }
 
 // Literal values: strings, numbers, addresses, names, with commas or, in records, blanks between them.
-std::string Parser::values()
+std::vector<Word> Parser::values()
 {
-    std::string kinds;
+    std::vector<Word> words;
     bool joined = false; // whether a sign such as "." or ":" asks for more of the same value
     bool any = false;
     for (;; any = true) {
         if (m_token.kind == Token::Sign) {
             const char sign = m_token.text.front();
             if (sign == ';' && any && !joined)
-                return kinds;
-            kinds += sign;
+                return words;
+            words.push_back({sign, std::string(1, sign)});
             const bool comma = sign == ',' && any && !joined;
             if (!comma && std::string_view(".:/").find(sign) == std::string_view::npos)
                 refuse(any ? "a value or \";\" expected" : "a value expected");
@@ -174,10 +181,9 @@ std::string Parser::values()
             refuse("\";\" expected");
         if (isReserved() && !joined)
             refuse("\";\" expected before \"" + std::string(m_token.text) + "\"");
-        kinds += m_token.kind == Token::String                              ? 'S'
-            : m_token.kind == Token::Number                                 ? 'N'
-            : m_token.text.front() >= '0' && m_token.text.front() <= '9' ? 'H'
-                                                                            : 'W';
+        const bool digit = m_token.text.front() >= '0' && m_token.text.front() <= '9';
+        const char kind = m_token.kind == Token::String ? 'S' : m_token.kind == Token::Number ? 'N' : digit ? 'H' : 'W';
+        words.push_back({kind, std::string(m_token.text)});
         if (!joined && m_token.isWord("on")) { // a boolean, or the start of a statement
             const int line = m_endLine;
             advance();
@@ -190,66 +196,6 @@ std::string Parser::values()
                 refuse("\";\" expected");
         }
         joined = false;
-    }
-}
-
-void Parser::arguments()
-{
-    const Nesting nesting(*this);
-    wantSign('(');
-    if (!m_token.isSign(')')) {
-        do
-            expression();
-        while (takeSign(','));
-    }
-    wantSign(')');
-}
-
-// Operands with operators between them; their precedence is of no matter here.
-void Parser::expression()
-{
-    for (;;) {
-        operand();
-        if (take("and") || take("or"))
-            continue;
-        if (m_token.kind != Token::Sign || std::string_view("=!~+-*/%&^|").find(m_token.text.front())
-                == std::string_view::npos)
-            return;
-        const std::size_t begin = m_token.begin;
-        advance();
-        if (m_token.kind == Token::Sign && m_token.begin == begin + 1 && (m_token.isSign('=') || m_token.isSign('~')))
-            advance();
-    }
-}
-
-void Parser::operand()
-{
-    const Nesting nesting(*this);
-    while (take("not")) { }
-    if (takeSign('(')) {
-        expression();
-        wantSign(')');
-    } else if (take("option") || take("exists") || take("config-option")) {
-        use();
-    } else if (m_token.kind == Token::String) {
-        advance();
-    } else if (m_token.kind == Token::Number || m_token.kind == Token::Word) {
-        if (isReserved())
-            refuse("an operand expected before \"" + std::string(m_token.text) + "\"");
-        const bool word = m_token.kind == Token::Word;
-        advance();
-        if (word && m_token.isSign('(')) {
-            arguments();
-            return;
-        }
-        while (takeSign(':')) { // data as hexadecimal numbers
-            if (m_token.kind != Token::Number)
-                want(Token::Word, "a hexadecimal number");
-            else
-                advance();
-        }
-    } else {
-        refuse("an operand expected");
     }
 }
 

@@ -3,6 +3,8 @@
 
 #include "parser/statements.h"
 
+#include <set>
+
 namespace DhclientConf {
 
 /// The recursive descent behind parse(), parseType() and parseName().
@@ -18,6 +20,7 @@ public:
     OptionType optionType();
     Name optionName();
     bool atEnd() const { return m_token.kind == Token::End; }
+    void wantEnd() const;
 
 private:
     // statements.cpp
@@ -25,11 +28,19 @@ private:
     void optionList(Statement &result);
     void include(Statement &result);
     void block(Statement &result, Scope scope);
+    void semicolon();
+
+    // keywords.cpp
     bool keywordStatement(Scope scope);
+    void reject();
     void lease();
+    std::string keyName();
+    void knownKey();
     void key();
     void zone();
-    void semicolon();
+    template<typename Words>
+    bool takeOne(const Words &words);
+    void refuseUnless(bool good, const char *what) const;
 
     // declarations.cpp
     void option(Statement &result, Scope scope);
@@ -45,10 +56,17 @@ private:
     void onEvent();
     void switchBlock();
     void optionValue();
-    std::string values();
-    void expression();
-    void operand();
-    void arguments();
+    std::vector<Word> values();
+
+    // operands.cpp
+    enum Kind { Boolean, Data, Number, Literal, Any }; ///< Literal: data or number; Any: a variable's
+    static bool isOf(Kind kind, Kind wanted);
+    Kind expression();
+    Kind comparison();
+    Kind operand();
+    Kind word();
+    void want(Kind kind);
+    void arguments(std::string_view signature);
     void use() { m_uses->push_back(optionName()); }
     bool isReserved() const;
 
@@ -79,6 +97,8 @@ private:
     std::size_t m_end = 0;  // behind the last one taken
     int m_endLine = 1;      // the line of the last one taken
     std::vector<Name> *m_uses = nullptr;
+    std::set<std::string> m_keys;
+    bool m_anyKey = false; // whether an include statement may have brought more keys
     int m_depth = 0;
 };
 

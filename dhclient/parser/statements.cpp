@@ -10,10 +10,12 @@ constexpr int DeepestNesting = 100;
 
 } // namespace
 
-std::vector<Statement> parse(std::string_view text)
+std::vector<Statement> parse(std::string_view text, bool inBlock)
 {
     Parser parser(text);
-    return parser.statements(Parser::File);
+    std::vector<Statement> result = parser.statements(inBlock ? Parser::Interface : Parser::File);
+    parser.wantEnd();
+    return result;
 }
 
 Parser::Nesting::Nesting(Parser &parser) : m_parser(parser)
@@ -70,6 +72,12 @@ void Parser::want(Token::Kind kind, const char *what)
     if (m_token.kind != kind)
         refuse(std::string(what) + " expected");
     advance();
+}
+
+void Parser::wantEnd() const
+{
+    if (!atEnd())
+        refuse("a \"}\" without its \"{\"");
 }
 
 void Parser::semicolon()
@@ -143,6 +151,7 @@ void Parser::include(Statement &result)
     const std::string_view quoted = m_token.text;
     want(Token::String, "a quoted file name");
     result.word = quoted.substr(1, quoted.size() - 2);
+    m_anyKey = true;
     semicolon();
 }
 
@@ -162,103 +171,6 @@ void Parser::block(Statement &result, Scope scope)
     result.body = statements(Interface);
     result.bodyEnd = m_token.begin;
     wantSign('}');
-}
-
-// The statements of dhclient.conf(5) with a form of their own; true if one was there.
-bool Parser::keywordStatement(Scope scope)
-{
-    static constexpr std::string_view times[] = {"timeout", "retry", "reboot", "select-timeout", "backoff-cutoff",
-                                                 "initial-interval", "initial-delay"};
-    static constexpr std::string_view words[] = {"do-forward-updates", "lease-id-format", "db-time-format"};
-    static constexpr std::string_view free[] = {"reject", "omapi"};
-    static constexpr std::string_view addresses[] = {"hardware", "anycast-mac"};
-    const auto takeOne = [this](const auto &keywords) {
-        return std::any_of(std::begin(keywords), std::end(keywords), [this](auto word) { return take(word); });
-    };
-    if (takeOne(times)) {
-        want(Token::Number, "a number of seconds");
-    } else if (takeOne(words)) {
-        want(Token::Word, "a word");
-    } else if (takeOne(free) || (scope == Interface && takeOne(addresses))) {
-        values();
-    } else if (take("script")) {
-        want(Token::String, "a quoted file name");
-    } else if (take("media")) {
-        do
-            want(Token::String, "a quoted media setup");
-        while (takeSign(','));
-    } else if (take("vendor")) {
-        want("option");
-        want("space");
-        want(Token::Word, "the name of an option space");
-    } else if (!take("bootp-broadcast-always")) {
-        return false;
-    }
-    semicolon();
-    return true;
-}
-
-void Parser::lease()
-{
-    wantSign('{');
-    while (!m_token.isSign('}')) {
-        if (take("option")) {
-            optionValue();
-        } else {
-            want(Token::Word, "a lease declaration or \"}\"");
-            if (!m_token.isSign(';'))
-                values();
-        }
-        semicolon();
-    }
-    advance();
-}
-
-// A key without its secret crashes the client.
-void Parser::key()
-{
-    if (m_token.kind != Token::String)
-        want(Token::Word, "the name of a key");
-    else
-        advance();
-    while (m_token.isSign('.')) {
-        advance();
-        want(Token::Word, "a name");
-    }
-    wantSign('{');
-    bool algorithm = false;
-    bool secret = false;
-    while (!m_token.isSign('}')) {
-        if (take("algorithm")) {
-            algorithm = true;
-        } else {
-            want("secret");
-            secret = true;
-        }
-        while (m_token.kind != Token::End && !m_token.isSign(';') && !m_token.isSign('{') && !m_token.isSign('}'))
-            advance();
-        semicolon();
-    }
-    if (!algorithm || !secret)
-        refuse("\"algorithm\" and \"secret\" expected");
-    advance();
-    takeSign(';');
-}
-
-void Parser::zone()
-{
-    if (m_token.kind == Token::String)
-        advance();
-    else
-        while (m_token.kind == Token::Word || m_token.kind == Token::Number || m_token.isSign('.'))
-            advance();
-    wantSign('{');
-    while (!m_token.isSign('}')) {
-        want(Token::Word, "a zone's statement or \"}\"");
-        values();
-        semicolon();
-    }
-    advance();
 }
 
 } // namespace DhclientConf

@@ -9,6 +9,13 @@
 
 namespace DhclientConf {
 
+/// A token of a literal value.
+struct Word
+{
+    char kind; ///< S string, N number, H word that starts with a digit, W other word; a sign is itself
+    std::string text;
+};
+
 /// An option's name where the text writes it.
 struct Name
 {
@@ -17,8 +24,7 @@ struct Name
     std::size_t end;
     int line;
     std::size_t comma; ///< where the comma behind it stands in a list, npos where none stands
-    std::string value; ///< a literal value for it, by kinds of tokens: S string, N number, H word that starts with
-                       ///< a digit, W other word, signs as they are; empty without one
+    std::vector<Word> value; ///< the literal value that it is given, if any
 };
 
 struct Statement
@@ -65,7 +71,8 @@ struct OptionType
 /// The statements of a configuration file, in order. Throws SyntaxError for what the client would refuse in
 /// structure: it skips to the next ";" then, and so drops more than the faulty statement.
 /// The grammar is that of dhclient.conf(5), dhcp-options(5) and dhcp-eval(5), checked against the client.
-std::vector<Statement> parse(std::string_view text);
+/// `inBlock` tells of a file that is included inside a block, and so may hold only what may stand there.
+std::vector<Statement> parse(std::string_view text, bool inBlock = false);
 
 /// Reads a type as dhcp-options(5) writes it ("array of unsigned integer 8"); throws SyntaxError unless the
 /// whole text is one.
