@@ -14,7 +14,7 @@ struct Command
 {
     enum Kind { AddRequest, DelRequest, AddNewOption, DelNewOption };
 
-    Kind kind;
+    Kind kind = AddRequest;
     std::string argument; ///< a name, or "NAME CODE TYPE"
 };
 

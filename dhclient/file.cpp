@@ -14,7 +14,7 @@ namespace ConfFile {
 
 namespace {
 
-constexpr std::size_t LargestFile = 16 * 1024 * 1024;
+constexpr std::size_t LargestFile = std::size_t{16} * 1024 * 1024;
 
 [[noreturn]] void fail(const char *what, const std::string &path)
 {
@@ -95,7 +95,7 @@ bool read(const std::string &path, std::string &content)
             return false;
         fail("read", path);
     }
-    struct stat status;
+    struct stat status = {};
     if (::fstat(file.number(), &status) != 0)
         fail("read", path);
     if (!S_ISREG(status.st_mode)) {
@@ -144,7 +144,7 @@ Lock::~Lock()
 
 void replace(const std::string &path, std::string_view content)
 {
-    struct stat old;
+    struct stat old = {};
     const bool existed = ::stat(path.c_str(), &old) == 0;
     const std::string next = beside(path, ".new");
     ::unlink(next.c_str()); // one that was killed left it

@@ -77,7 +77,7 @@ int run(const std::vector<Command> &commands)
     const std::string path = Paths::resolve(ConfPath);
     try {
         const std::string target = ConfFile::followed(path);
-        bool changed;
+        bool changed = false;
         Result result = editFile(target, commands, changed);
         if (changed) {
             const ConfFile::Lock lock(target);

@@ -134,7 +134,7 @@ bool Parts::takeLongAddress()
     std::string text;
     while (!atEnd() && isAny(m_words[m_next].kind, "NHW:."))
         text += m_words[m_next++].text;
-    in6_addr address;
+    in6_addr address = {};
     return inet_pton(AF_INET6, text.c_str(), &address) == 1;
 }
 

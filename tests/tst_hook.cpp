@@ -692,7 +692,7 @@ private slots:
         QElapsedTimer timer;
         timer.start();
         int runs = 0;
-        for (; timer.elapsed() < seconds * 1000; ++runs) {
+        for (; timer.elapsed() < qint64{seconds} * 1000; ++runs) {
             std::vector<QByteArray> variables;
             const int count = random.bounded(30);
             for (int i = 0; i < count; ++i)
@@ -834,6 +834,7 @@ private:
                                              " ",
                                              "\t",
                                              "\xC3\xA4",
+                                             // NOLINTNEXTLINE(misc-misleading-bidirectional)
                                              "\xE2\x80\xAE",
                                              "\xFF",
                                              "\x1B[2J",

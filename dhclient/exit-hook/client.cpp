@@ -114,7 +114,7 @@ void Client::endEarlierOnes(const std::vector<Client> &spared) const
         return;
     const Descriptor folder(::open("/proc", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     for (const std::string &name : Files::names(folder.get())) {
-        const pid_t pid = number<pid_t>(name);
+        const auto pid = number<pid_t>(name);
         if (pid > 1 && isOurCommandLine(Procfs::read(pid, "cmdline")))
             Procfs::signalIf(pid, SIGKILL, [&] { return isEarlier(pid, spared); });
     }

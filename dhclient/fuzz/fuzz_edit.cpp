@@ -63,7 +63,7 @@ void normalise(std::string_view text, const std::vector<Statement> &statements, 
         if (statement.kind == Statement::Block) {
             result.push_back((statement.pseudo ? "pseudo " : "block ") + statement.word);
             normalise(text, statement.body, named, result);
-            result.push_back("end");
+            result.emplace_back("end");
         } else if (statement.kind == Statement::Require) {
             std::string list = statement.also ? "also require" : "require";
             bool any = !statement.also;

@@ -25,10 +25,10 @@ struct Token
         Sign    ///< any other single byte
     };
 
-    Kind kind;
-    std::size_t begin; ///< byte offset into the text
-    std::size_t end;   ///< one past the last byte
-    int line;          ///< from 1
+    Kind kind = End;
+    std::size_t begin = 0; ///< byte offset into the text
+    std::size_t end = 0;   ///< one past the last byte
+    int line = 0;          ///< from 1
     std::string_view text;
 
     bool isSign(char sign) const { return kind == Sign && text.front() == sign; }
