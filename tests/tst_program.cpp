@@ -208,13 +208,13 @@ private slots:
 
     void slowTool()
     {
-        m_root->installRecorder(u("/usr/sbin/kiro-dhclient-edit"), "sleep 2.5; echo done; echo done >&2");
+        m_root->installRecorder(u("/usr/sbin/kiro-dhclient-edit"), "sleep 4; echo done; echo done >&2");
         Run run(*this);
         QElapsedTimer timer;
         timer.start();
         run.start({u("--apply")});
         QCOMPARE(run.finish(), 0);
-        QVERIFY(timer.elapsed() < 2500);
+        QVERIFY(timer.elapsed() < 4000); // it waits for 2 s, and a busy machine takes its time to start it
         QCOMPARE(run.errors(), QString());
         QTRY_COMPARE(m_root->recorded().count(), 2); // the client, and then the tool that was left to finish
     }
