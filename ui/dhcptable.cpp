@@ -146,7 +146,7 @@ bool DhcpTable::addOption(int row, DhcpOption *option, const RowLooks &looks, Vo
     return missing;
 }
 
-void DhcpTable::addCells(int row, const DhcpOption &option, bool requested, const RowLooks &looks)
+void DhcpTable::addCells(int row, DhcpOption &option, bool requested, const RowLooks &looks)
 {
     const Qt::ItemFlags rowFlags = requested ? Qt::ItemIsEnabled : Qt::NoItemFlags;
     setItem(row, RequestedColumn, requestedCell(option, requested));
@@ -170,7 +170,7 @@ void DhcpTable::addCells(int row, const DhcpOption &option, bool requested, cons
     setItem(row, InfoColumn, infoCell);
 
     setItem(row, ValueColumn, makeCell(option.currentValue, rowFlags, Qt::AlignLeft));
-    setItem(row, KeyColumn, new OptionCell(option.linuxName));
+    setItem(row, KeyColumn, new KeyCell(&option));
 }
 
 QTableWidgetItem *DhcpTable::requestedCell(const DhcpOption &option, bool requested)
@@ -229,7 +229,7 @@ void DhcpTable::setHeaders()
 DhcpOption *DhcpTable::optionAt(int row) const
 {
     const QTableWidgetItem *key = item(row, KeyColumn);
-    return key ? optionsByLinuxName.value(key->text()) : nullptr;
+    return key && key->type() == KeyCell::Type ? static_cast<const KeyCell *>(key)->option() : nullptr;
 }
 
 void DhcpTable::changeViewMode(ViewMode_t mode)

@@ -67,7 +67,7 @@ private:
 
     void populate(ViewMode_t mode);
     bool addOption(int row, DhcpOption *option, const RowLooks &looks, VorkanClient &registry);
-    void addCells(int row, const DhcpOption &option, bool requested, const RowLooks &looks);
+    void addCells(int row, DhcpOption &option, bool requested, const RowLooks &looks);
     static QTableWidgetItem *requestedCell(const DhcpOption &option, bool requested);
     void setHeaders();
     DhcpOption *optionAt(int row) const;

@@ -1,9 +1,16 @@
 #include "optioncell.h"
 
+#include "dhcpoption.h"
 #include "dhcptable.h"
 
-OptionCell::OptionCell(const QString &text)
-    : QTableWidgetItem(text, UserType)
+OptionCell::OptionCell(const QString &text, int type)
+    : QTableWidgetItem(text, type)
+{
+}
+
+KeyCell::KeyCell(DhcpOption *option)
+    : OptionCell(option->linuxName, Type)
+    , m_option(option)
 {
 }
 

@@ -9,13 +9,30 @@
 class OptionCell : public QTableWidgetItem
 {
 public:
-    explicit OptionCell(const QString &text);
+    explicit OptionCell(const QString &text, int type = UserType);
 
     QVariant data(int role) const override;
 
 private:
     QString accessibleText() const;
     QString accessibleDescription() const;
+};
+
+class DhcpOption;
+
+/// The cell that tells which option its row is for: its text is the option's client name. It also holds the option
+/// itself, since to look thousands of names up costs more than all that is done with the options found.
+class KeyCell : public OptionCell
+{
+public:
+    static constexpr int Type = UserType + 1;
+
+    explicit KeyCell(DhcpOption *option);
+
+    DhcpOption *option() const { return m_option; }
+
+private:
+    DhcpOption *m_option;
 };
 
 #endif
