@@ -5,6 +5,7 @@
 #include "paths.h"
 
 #include <QFile>
+#include <QTextCodec>
 #include <QTextStream>
 
 #include <fcntl.h>
@@ -37,13 +38,15 @@ int openVariableFile(const QString &linuxName)
 /// The first line that assigns something; null without one.
 QString assignmentLine(QTextStream &stream)
 {
-    while (!stream.atEnd()) {
+    // At the end the line is null. To ask atEnd() would cost a system call for every file.
+    for (;;) {
         stream.skipWhiteSpace();
         const QString line = stream.readLine();
+        if (line.isNull())
+            return line;
         if (!line.isEmpty() && !line.startsWith(QLatin1Char('#')) && line.contains(QLatin1Char('=')))
             return line;
     }
-    return QString();
 }
 
 QString unquoted(const QString &text)
@@ -66,7 +69,8 @@ void DhcpOption::readCurrentValue()
     if (descriptor < 0 || !file.open(descriptor, QIODevice::ReadOnly | QIODevice::Text, QFile::AutoCloseHandle))
         return;
     QTextStream stream(&file);
-    stream.setCodec("UTF-8");
+    static QTextCodec *const utf8 = QTextCodec::codecForName("UTF-8");
+    stream.setCodec(utf8);
     const QString line = assignmentLine(stream);
     if (line.isNull())
         return;
