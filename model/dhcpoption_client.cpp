@@ -4,6 +4,9 @@
 
 #include "edittool.h"
 
+#include <QCoreApplication>
+#include <QEvent>
+
 bool DhcpOption::applyToClient(bool requested)
 {
     if (dhcpClass != Normal && dhcpClass != AlwaysOn)
@@ -33,6 +36,8 @@ bool DhcpOption::applyToClient(bool requested)
     auto *tool = new EditTool(this);
     tool->run(arguments);
     tool->deleteLater();
+    // In an update run there is no event loop that would do it before the end.
+    QCoreApplication::sendPostedEvents(tool, QEvent::DeferredDelete);
 
     appliedRequested = requested;
     appliedCode = code;
