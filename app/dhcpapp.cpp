@@ -14,6 +14,7 @@
 #include <iostream>
 #include <memory>
 
+#include <malloc.h>
 #include <unistd.h>
 
 namespace {
@@ -57,6 +58,8 @@ DhcpApp::DhcpApp(bool update, bool all, QObject *parent)
 {
     loadDefinitions();
     window = new MainWindow(options, updateMode);
+    // Sorting leaves half a kilobyte of freed memory behind for each option.
+    ::malloc_trim(0);
     if (updateMode)
         return;
     if (showAll)
