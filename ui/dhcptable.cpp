@@ -38,11 +38,10 @@ bool isLeftOut(const DhcpOption &option, ViewMode_t mode)
     return false;
 }
 
-QTableWidgetItem *makeCell(const QString &text, Qt::ItemFlags flags, Qt::Alignment horizontal)
+QTableWidgetItem *makeCell(const QString &text, Qt::ItemFlags flags, const CellLooks &looks)
 {
-    auto *cell = new OptionCell(text);
+    auto *cell = new OptionCell(text, &looks);
     cell->setFlags(flags);
-    cell->setTextAlignment(static_cast<int>(horizontal | Qt::AlignVCenter));
     return cell;
 }
 
@@ -67,10 +66,26 @@ DhcpTable::~DhcpTable() = default;
 
 struct DhcpTable::RowLooks
 {
-    QIcon info;
-    QIcon pencil;
-    QFont bold;
-    QFont italic;
+    RowLooks()
+    {
+        QFont bold;
+        bold.setBold(true);
+        code.font = bold;
+        code.icon = QIcon(Paths::resolved(pencilIconPath));
+        QFont italic;
+        italic.setStyle(QFont::StyleItalic);
+        extensionName.font = italic;
+        info.icon = QIcon(QApplication::style()->standardPixmap(QStyle::SP_MessageBoxInformation));
+    }
+
+    CellLooks requested{int(Qt::AlignHCenter | Qt::AlignVCenter), {}, {}};
+    CellLooks predefinedCode{int(Qt::AlignRight | Qt::AlignVCenter), {}, {}};
+    CellLooks code = predefinedCode;
+    CellLooks name{int(Qt::AlignLeft | Qt::AlignVCenter), {}, {}};
+    CellLooks extensionName = name;
+    CellLooks info = requested;
+    CellLooks value = name;
+    CellLooks key;
 };
 
 void DhcpTable::populate(ViewMode_t mode)
@@ -79,11 +94,7 @@ void DhcpTable::populate(ViewMode_t mode)
     setColumnCount(KeyColumn + 1);
     setColumnHidden(KeyColumn, true);
 
-    RowLooks looks;
-    looks.info = QIcon(QApplication::style()->standardPixmap(QStyle::SP_MessageBoxInformation));
-    looks.pencil = QIcon(Paths::resolved(pencilIconPath));
-    looks.bold.setBold(true);
-    looks.italic.setStyle(QFont::StyleItalic);
+    looks = std::make_unique<RowLooks>();
 
     {
         VorkanClient registry;
@@ -93,7 +104,7 @@ void DhcpTable::populate(ViewMode_t mode)
             DhcpOption *option = options.at(row);
             if (isLeftOut(*option, mode))
                 setRowHidden(row, true);
-            if (addOption(row, option, looks, registry))
+            if (addOption(row, option, registry))
                 needsCommit = true;
         }
         if (needsCommit)
@@ -117,7 +128,7 @@ void DhcpTable::populate(ViewMode_t mode)
 }
 
 /// True when a registry entry was made that waits for a commit.
-bool DhcpTable::addOption(int row, DhcpOption *option, const RowLooks &looks, VorkanClient &registry)
+bool DhcpTable::addOption(int row, DhcpOption *option, VorkanClient &registry)
 {
     const QString &name = option->linuxName;
     if (optionsByLinuxName.contains(name) || checkBoxes.contains(name)) {
@@ -142,35 +153,24 @@ bool DhcpTable::addOption(int row, DhcpOption *option, const RowLooks &looks, Vo
         registry.set(option->requestKey, requested ? QStringLiteral("1") : QStringLiteral("0"), _RegEntryParam());
     }
     option->appliedRequested = requested;
-    addCells(row, *option, requested, looks);
+    addCells(row, *option, requested);
     return missing;
 }
 
-void DhcpTable::addCells(int row, DhcpOption &option, bool requested, const RowLooks &looks)
+void DhcpTable::addCells(int row, DhcpOption &option, bool requested)
 {
     const Qt::ItemFlags rowFlags = requested ? Qt::ItemIsEnabled : Qt::NoItemFlags;
     setItem(row, RequestedColumn, requestedCell(option, requested));
 
-    auto *codeCell = makeCell(QStringLiteral("%1").arg(option.code, CodeDigits, 10, QLatin1Char('0')), rowFlags,
-                              Qt::AlignRight);
-    if (!option.linuxPredefined) {
-        codeCell->setIcon(looks.pencil);
-        codeCell->setFont(looks.bold);
-        codeCell->setFlags(rowFlags | Qt::ItemIsSelectable | Qt::ItemIsEditable);
-    }
-    setItem(row, CodeColumn, codeCell);
-
-    auto *nameCell = makeCell(option.localizedText(QString(), option.names), rowFlags, Qt::AlignLeft);
-    if (!option.standardOption)
-        nameCell->setFont(looks.italic);
-    setItem(row, NameColumn, nameCell);
-
-    auto *infoCell = makeCell(QString(), Qt::ItemIsSelectable | Qt::ItemIsEnabled, Qt::AlignHCenter);
-    infoCell->setIcon(looks.info);
-    setItem(row, InfoColumn, infoCell);
-
-    setItem(row, ValueColumn, makeCell(option.currentValue, rowFlags, Qt::AlignLeft));
-    setItem(row, KeyColumn, new KeyCell(&option));
+    const QString code = QStringLiteral("%1").arg(option.code, CodeDigits, 10, QLatin1Char('0'));
+    setItem(row, CodeColumn, option.linuxPredefined
+                ? makeCell(code, rowFlags, looks->predefinedCode)
+                : makeCell(code, rowFlags | Qt::ItemIsSelectable | Qt::ItemIsEditable, looks->code));
+    setItem(row, NameColumn, makeCell(option.localizedText(QString(), option.names), rowFlags,
+                                      option.standardOption ? looks->name : looks->extensionName));
+    setItem(row, InfoColumn, makeCell(QString(), Qt::ItemIsSelectable | Qt::ItemIsEnabled, looks->info));
+    setItem(row, ValueColumn, makeCell(option.currentValue, rowFlags, looks->value));
+    setItem(row, KeyColumn, new KeyCell(&option, &looks->key));
 }
 
 QTableWidgetItem *DhcpTable::requestedCell(const DhcpOption &option, bool requested)
@@ -195,7 +195,7 @@ QTableWidgetItem *DhcpTable::requestedCell(const DhcpOption &option, bool reques
     }
     const bool isUsersChoice = option.dhcpClass == Normal;
     auto *cell = makeCell(text, isUsersChoice ? Qt::ItemIsUserCheckable | Qt::ItemIsEnabled : Qt::NoItemFlags,
-                          Qt::AlignHCenter);
+                          looks->requested);
     if (isUsersChoice)
         cell->setCheckState(requested ? Qt::Checked : Qt::Unchecked);
     else

@@ -5,6 +5,8 @@
 #include <QList>
 #include <QTableWidget>
 
+#include <memory>
+
 class DhcpOption;
 class TableKeys;
 class VCheckBox;
@@ -66,9 +68,9 @@ private:
     struct RowLooks; ///< what the rows share: icons and fonts
 
     void populate(ViewMode_t mode);
-    bool addOption(int row, DhcpOption *option, const RowLooks &looks, VorkanClient &registry);
-    void addCells(int row, DhcpOption &option, bool requested, const RowLooks &looks);
-    static QTableWidgetItem *requestedCell(const DhcpOption &option, bool requested);
+    bool addOption(int row, DhcpOption *option, VorkanClient &registry);
+    void addCells(int row, DhcpOption &option, bool requested);
+    QTableWidgetItem *requestedCell(const DhcpOption &option, bool requested);
     void setHeaders();
     DhcpOption *optionAt(int row) const;
     static QString details(const DhcpOption &option, quint32 shownCode);
@@ -81,6 +83,7 @@ private:
     QHash<QString, VCheckBox *> checkBoxes;          ///< by client name; owned by the page
     QHash<QString, DhcpOption *> optionsByLinuxName;
     TableKeys *keys;
+    std::unique_ptr<const RowLooks> looks;
 };
 
 #endif

@@ -3,13 +3,14 @@
 #include "dhcpoption.h"
 #include "dhcptable.h"
 
-OptionCell::OptionCell(const QString &text, int type)
+OptionCell::OptionCell(const QString &text, const CellLooks *looks, int type)
     : QTableWidgetItem(text, type)
+    , m_looks(looks)
 {
 }
 
-KeyCell::KeyCell(DhcpOption *option)
-    : OptionCell(option->linuxName, Type)
+KeyCell::KeyCell(DhcpOption *option, const CellLooks *looks)
+    : OptionCell(option->linuxName, looks, Type)
     , m_option(option)
 {
 }
@@ -21,6 +22,12 @@ QVariant OptionCell::data(int role) const
         return accessibleText();
     case Qt::AccessibleDescriptionRole:
         return accessibleDescription();
+    case Qt::TextAlignmentRole:
+        return m_looks->alignment;
+    case Qt::FontRole:
+        return m_looks->font;
+    case Qt::DecorationRole:
+        return m_looks->icon;
     default:
         return QTableWidgetItem::data(role);
     }

@@ -204,6 +204,7 @@ bool RegistryStore::openForReading()
 void RegistryStore::open()
 {
     m_database.emplace(m_path, m_busyTimeout);
+    m_database->execute("PRAGMA cache_size = -128");
     struct stat status = {};
     ::stat(m_path.c_str(), &status);
     m_device = status.st_dev;
