@@ -141,13 +141,12 @@ bool DhcpTable::addOption(int row, DhcpOption *option, VorkanClient &registry)
     auto *checkBox = new VCheckBox(gui, option->requestKey);
     container->addWidget(checkBox);
     checkBoxes.insert(name, checkBox);
-    QAbstractButton *button = checkBox->fieldWidget();
     if (missing)
-        button->setChecked(option->requestedByDefault);
+        checkBox->setChecked(option->requestedByDefault);
     if (option->dhcpClass != Normal)
-        button->setChecked(option->dhcpClass != AlwaysOff);
+        checkBox->setChecked(option->dhcpClass != AlwaysOff);
 
-    const bool requested = button->isChecked();
+    const bool requested = checkBox->isChecked();
     if (missing) {
         registry.create(option->requestKey, _RegEntryType{VorkanBoolType});
         registry.set(option->requestKey, requested ? QStringLiteral("1") : QStringLiteral("0"), _RegEntryParam());

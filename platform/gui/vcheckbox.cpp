@@ -15,12 +15,29 @@ VCheckBox::VCheckBox(VGui *gui, const QString &key)
 {
     QString value;
     VorkanClient().get(key, value, _RegEntryParam(), QString());
-    m_button.setChecked(value == True);
+    m_checked = value == True;
+}
+
+QAbstractButton *VCheckBox::fieldWidget()
+{
+    if (!m_button) {
+        m_button = std::make_unique<QCheckBox>();
+        m_button->setChecked(m_checked);
+    }
+    return m_button.get();
+}
+
+void VCheckBox::setChecked(bool checked)
+{
+    if (m_button)
+        m_button->setChecked(checked);
+    else
+        m_checked = checked;
 }
 
 void VCheckBox::store(VorkanClient &client)
 {
-    const QString state = m_button.isChecked() ? True : False;
+    const QString state = isChecked() ? True : False;
     QString stored;
     const bool missing = client.get(key(), stored, _RegEntryParam(), QString()) != 0;
     if (!missing && stored == state)
