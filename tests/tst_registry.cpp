@@ -147,6 +147,19 @@ private slots:
         QCOMPARE(m_root->sql(QStringLiteral("SELECT value FROM entry")), QStringList(QStringLiteral("0")));
     }
 
+    void equalValueIsNotWritten()
+    {
+        m_store->create(QStringLiteral("root/A"), VorkanNumberType);
+        QVERIFY(m_store->set(QStringLiteral("root/A"), QString()) && m_store->commit(QString()));
+        m_root->sql(QStringLiteral("CREATE TRIGGER refuse BEFORE UPDATE ON entry BEGIN SELECT RAISE(ABORT, 'written'); END"));
+        QVERIFY(m_store->set(QStringLiteral("root/A"), QString()) && m_store->commit(QString()));
+        const CapturedErrors errors;
+        QVERIFY(m_store->set(QStringLiteral("root/A"), QStringLiteral("1")) && !m_store->commit(QString()));
+        // Back to what the file holds, while another value is pending.
+        QVERIFY(m_store->set(QStringLiteral("root/A"), QString()));
+        QCOMPARE(m_store->find(QStringLiteral("root/A"))->value, QString());
+    }
+
     void viewWhileHeld()
     {
         m_store->create(QStringLiteral("root/A"), VorkanBoolType);

@@ -141,6 +141,9 @@ bool RegistryStore::set(const QString &key, const QString &value)
     std::optional<Entry> entry = find(key);
     if (!entry)
         return false;
+    // Nothing to write: a durable commit costs more than many an apply has to do besides.
+    if (entry->value == value && !m_pending.contains(key))
+        return true;
     entry->value = value;
     m_pending.insert(key, Change{*entry, true});
     return true;
