@@ -129,14 +129,20 @@ std::vector<Wish> gather(const std::vector<Command> &commands)
     return wishes;
 }
 
-void changeRequests(Draft &draft, const Wish &wish)
+void changeRequests(Draft &draft, const std::vector<Wish> &wishes)
 {
-    if (wish.noRequest)
-        requestNowhere(draft, wish.id);
-    else if (wish.noRequire)
-        unlist(draft, wish.id, draft.reading().code(wish.id), Lists::Require);
-    if (wish.request)
-        requestOnce(draft, wish.id, wish.name, wish.declaration ? std::stoi(wish.declaration->code) : 0);
+    // What goes may have the built-in list written out, or one behind an include: whether a name stands in there
+    // once too often shows only then.
+    for (const Wish &wish : wishes) {
+        if (wish.noRequest)
+            requestNowhere(draft, wish.id);
+        else if (wish.noRequire)
+            unlist(draft, wish.id, draft.reading().code(wish.id), Lists::Require);
+    }
+    for (const Wish &wish : wishes) {
+        if (wish.request)
+            requestOnce(draft, wish.id, wish.name, wish.declaration ? std::stoi(wish.declaration->code) : 0);
+    }
 }
 
 void changeDeclarations(Draft &draft, const Wish &wish)
@@ -236,8 +242,7 @@ Result edit(std::string_view text, const std::vector<Command> &commands, const R
         Draft draft(text, reader);
         const std::vector<Violation> before = draft.reading().violations();
         // Declarations go before uses, so all uses come first.
-        for (const Wish &wish : wishes)
-            changeRequests(draft, wish);
+        changeRequests(draft, wishes);
         for (const Wish &wish : wishes)
             changeDeclarations(draft, wish);
         const Reading &after = draft.reading();
