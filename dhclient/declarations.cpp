@@ -150,6 +150,10 @@ void undeclare(Draft &draft, const std::string &id, const std::optional<std::str
         draft.note("\"" + id + "\" is still used, its declaration stays");
         return;
     }
+    for (const Foreign &foreign : reading.foreignDeclarations(id)) {
+        if (!code || foreign.statement->code == *code)
+            draft.note("the included file \"" + foreign.path + "\" still declares \"" + id + "\"");
+    }
     std::string text = draft.text();
     for (auto index = doomed.rbegin(); index != doomed.rend(); ++index)
         text = without(text, reading.statements()[*index]);

@@ -189,6 +189,15 @@ std::map<std::string_view, std::string_view> declaredCodes(const Reading &readin
     return codes;
 }
 
+// The client sends the low byte of a code, whatever stands in the file (measured).
+int sentCode(std::string_view digits)
+{
+    int code = 0;
+    for (const char digit : digits)
+        code = (code * 10 + (digit - '0')) % 256;
+    return code;
+}
+
 void noteSharedCodes(Draft &draft, const std::vector<Wish> &wishes)
 {
     const auto codes = declaredCodes(draft.reading());
@@ -200,16 +209,21 @@ void noteSharedCodes(Draft &draft, const std::vector<Wish> &wishes)
         const std::string code = declared != codes.end() ? std::string(declared->second) : std::to_string(known);
         if (declared == codes.end() && known == 0)
             continue;
-        const auto tell = [&](std::string_view other) {
-            draft.note("code " + code + " of \"" + wish.name + "\" is also the code of \"" + std::string(other) + '"');
-        };
-        const std::string_view own = code.size() <= 3 ? knownName(std::stoi(code)) : std::string_view();
+        std::vector<std::string_view> others;
+        const std::string_view own = knownName(sentCode(code));
         if (!own.empty() && own != wish.id && codes.count(own) == 0)
-            tell(own);
+            others.push_back(own);
         for (const auto &[other, otherCode] : codes) {
-            if (otherCode == code && other != wish.id)
-                tell(other);
+            if (sentCode(otherCode) == sentCode(code) && other != wish.id)
+                others.push_back(other);
         }
+        if (others.empty())
+            continue;
+        std::string line = "code " + code + " of \"" + wish.name + "\" is also the code of \""
+            + std::string(others.front()) + '"';
+        if (others.size() > 1)
+            line += " and " + std::to_string(others.size() - 1) + " more";
+        draft.note(line);
     }
 }
 

@@ -148,6 +148,31 @@ void Lexer::readString()
     throw SyntaxError{line, "a string without its closing quote"};
 }
 
+std::string stringValue(std::string_view token)
+{
+    constexpr std::string_view Letters = "tnrb";
+    constexpr std::string_view Controls = "\t\n\r\b";
+    std::string value;
+    // The lexer has seen to it that an escape has its digits.
+    for (std::size_t i = 1; i + 1 < token.size(); ++i) {
+        if (token[i] != '\\') {
+            value += token[i];
+            continue;
+        }
+        const char c = token[++i];
+        const bool isHex = c == 'x';
+        if (isHex || isOctalDigit(c)) {
+            const std::string digits(token.substr(isHex ? i + 1 : i, isHex ? 2 : 3));
+            value += static_cast<char>(std::stoi(digits, nullptr, isHex ? 16 : 8));
+            i += 2;
+        } else {
+            const std::size_t letter = Letters.find(c);
+            value += letter == std::string_view::npos ? c : Controls[letter];
+        }
+    }
+    return value;
+}
+
 void Lexer::readEscape()
 {
     const auto want = [this](int digits, bool (*isOne)(char)) {

@@ -38,6 +38,9 @@ struct Token
 
 std::string lower(std::string_view text);
 
+/// What a string token stands for: without its quotes, its escapes resolved as the client resolves them.
+std::string stringValue(std::string_view token);
+
 /// Splits a text into tokens. White space and comments ("#" up to the end of its line) only separate.
 ///
 /// Follows dhclient.conf(5) and what was measured with isc-dhcp-client 4.4.3-P1: "//" and "/*" start no

@@ -150,7 +150,7 @@ void Parser::include(Statement &result)
     result.kind = Statement::Include;
     const std::string_view quoted = m_token.text;
     want(Token::String, "a quoted file name");
-    result.word = quoted.substr(1, quoted.size() - 2);
+    result.word = stringValue(quoted);
     m_anyKey = true;
     semicolon();
 }
