@@ -38,7 +38,7 @@ std::size_t behindSpace(const Reading &reading, const std::string &space)
     return found + 1;
 }
 
-Bounds bounds(const Reading &reading, const Specification &wanted)
+Bounds bounds(const Reading &reading, const NewOption &wanted)
 {
     const std::size_t dot = wanted.id.find('.');
     Bounds result;
@@ -55,12 +55,12 @@ Bounds bounds(const Reading &reading, const Specification &wanted)
     return result;
 }
 
-bool isSame(const Statement &declaration, const Specification &wanted)
+bool isSame(const Statement &declaration, const NewOption &wanted)
 {
     return declaration.code == wanted.code && declaration.type == wanted.type.text;
 }
 
-std::string inPlace(std::string_view text, const Statement &declaration, const Specification &wanted)
+std::string inPlace(std::string_view text, const Statement &declaration, const NewOption &wanted)
 {
     std::string result(text);
     if (declaration.type != wanted.type.text)
@@ -70,7 +70,7 @@ std::string inPlace(std::string_view text, const Statement &declaration, const S
     return result;
 }
 
-std::string inserted(const Reading &reading, const Specification &wanted)
+std::string inserted(const Reading &reading, const NewOption &wanted)
 {
     const std::string_view text = reading.text();
     const std::vector<Statement> &statements = reading.statements();
@@ -104,7 +104,7 @@ bool isUsedOtherwise(const Reading &reading, const std::string &id)
 
 } // namespace
 
-void declareOnce(Draft &draft, const Specification &wanted)
+void declareOnce(Draft &draft, const NewOption &wanted)
 {
     std::size_t kept = None;
     {

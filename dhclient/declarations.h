@@ -9,7 +9,7 @@
 namespace DhclientConf {
 
 /// A declaration as a command gives it.
-struct Specification
+struct NewOption
 {
     std::string name; ///< as written
     std::string id;
@@ -25,7 +25,7 @@ struct Refusal
 
 /// Leaves exactly one declaration of the option, with this code and type, before its first use. One that stands
 /// in a good place stays there and changes only in what differs. Throws Refusal.
-void declareOnce(Draft &draft, const Specification &wanted);
+void declareOnce(Draft &draft, const NewOption &wanted);
 
 /// Takes the declarations of the option with that code away (with any code, if none is given). They stay, with a
 /// note, where the client would know the option no more while something other than a list of the text uses it.

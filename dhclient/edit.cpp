@@ -19,7 +19,7 @@ struct Wish
     bool request = false;
     bool noRequest = false;
     bool noRequire = false;
-    std::optional<Specification> declaration;
+    std::optional<NewOption> declaration;
     bool undeclareAll = false;
     std::vector<std::string> undeclare; ///< codes
     bool requestIsLater = false; ///< than the last command that takes a declaration away
@@ -57,10 +57,10 @@ std::string readName(std::string_view text)
     return id;
 }
 
-Specification readSpecification(std::string_view text)
+NewOption readNewOption(std::string_view text)
 {
     const std::string whole = quoted(text);
-    Specification result;
+    NewOption result;
     result.name = firstWord(text);
     result.id = readName(result.name);
     const std::string_view code = firstWord(text);
@@ -79,7 +79,7 @@ Specification readSpecification(std::string_view text)
     return result;
 }
 
-void add(Wish &wish, const Command &command, const std::optional<Specification> &specification)
+void add(Wish &wish, const Command &command, const std::optional<NewOption> &newOption)
 {
     switch (command.kind) {
     case Command::AddRequest:
@@ -92,13 +92,13 @@ void add(Wish &wish, const Command &command, const std::optional<Specification> 
         wish.noRequest = wish.noRequire = true;
         break;
     case Command::AddNewOption:
-        wish.declaration = specification;
+        wish.declaration = newOption;
         break;
     case Command::DelNewOption:
         wish.requestIsLater = false;
         if (!wish.declaration) {
-            wish.undeclare.push_back(specification->code);
-        } else if (wish.declaration->code == specification->code) {
+            wish.undeclare.push_back(newOption->code);
+        } else if (wish.declaration->code == newOption->code) {
             wish.declaration.reset();
             wish.undeclareAll = true;
         }
@@ -110,13 +110,13 @@ std::vector<Wish> gather(const std::vector<Command> &commands)
 {
     std::vector<Wish> wishes;
     for (const Command &command : commands) {
-        std::optional<Specification> specification;
+        std::optional<NewOption> newOption;
         std::string name = command.argument;
         if (command.kind == Command::AddNewOption || command.kind == Command::DelNewOption) {
-            specification = readSpecification(command.argument);
-            name = specification->name;
+            newOption = readNewOption(command.argument);
+            name = newOption->name;
         }
-        const std::string id = specification ? specification->id : readName(name);
+        const std::string id = newOption ? newOption->id : readName(name);
         auto wish = std::find_if(wishes.begin(), wishes.end(), [&id](const Wish &other) { return other.id == id; });
         if (wish == wishes.end()) {
             wishes.emplace_back();
@@ -124,7 +124,7 @@ std::vector<Wish> gather(const std::vector<Command> &commands)
             wish->id = id;
         }
         wish->name = name;
-        add(*wish, command, specification);
+        add(*wish, command, newOption);
     }
     return wishes;
 }
