@@ -18,6 +18,12 @@ constexpr char FoldersHeading[] = "# interface, folder of its values\n";
 constexpr char ClientsHeading[] = "# interface, lease, client that last bound it\n";
 constexpr std::array<const char *, 2> Folders = {"eth0", "eth1"};
 
+/// A blank must follow: an interface may be called "#1".
+bool isComment(const std::string &line)
+{
+    return line.compare(0, 2, "# ") == 0;
+}
+
 bool isFolder(const std::string &name)
 {
     return std::find(Folders.begin(), Folders.end(), name) != Folders.end();
@@ -37,7 +43,7 @@ Bindings::Bindings(const std::string &directory, int descriptor)
         std::istringstream words(line);
         std::string interface;
         std::string folder;
-        if (line[0] != '#' && words >> interface >> folder && !find(interface) && isFolder(folder)
+        if (!isComment(line) && words >> interface >> folder && !find(interface) && isFolder(folder)
             && isFree(folder) && (!isFolder(interface) || folder == interface))
             m_bindings.push_back({interface, folder, false, {}});
     }
@@ -49,7 +55,7 @@ Bindings::Bindings(const std::string &directory, int descriptor)
         std::string interface;
         std::string lease;
         std::string owner;
-        if (line[0] == '#' || !(words >> interface >> lease >> owner))
+        if (isComment(line) || !(words >> interface >> lease >> owner))
             continue;
         Binding &binding = findOrAdd(interface);
         binding.isBound = lease == "bound";

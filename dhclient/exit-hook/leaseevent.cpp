@@ -33,10 +33,10 @@ bool isOptionName(std::string_view name)
         && std::find(std::begin(NoOptions), std::end(NoOptions), name) == std::end(NoOptions);
 }
 
-/// Whether the kernel lets an interface have the name, and it stands on one line as one word.
+/// Whether the kernel lets an interface have the name, and a record's line can begin with it.
 bool isInterfaceName(std::string_view name)
 {
-    return !name.empty() && name.size() < IF_NAMESIZE && name != "." && name != ".."
+    return !name.empty() && name.size() < IF_NAMESIZE && name != "." && name != ".." && name != "#"
         && std::none_of(name.begin(), name.end(), [](char c) {
                return c == '/' || static_cast<unsigned char>(c) <= ' ' || c == '\x7F';
            });
