@@ -38,6 +38,11 @@ std::size_t behindSpace(const Reading &reading, const std::string &space)
     return found + 1;
 }
 
+bool isSame(const Statement &declaration, const NewOption &wanted)
+{
+    return declaration.code == wanted.code && declaration.type == wanted.type.text;
+}
+
 Bounds bounds(const Reading &reading, const NewOption &wanted)
 {
     const std::size_t dot = wanted.id.find('.');
@@ -46,18 +51,15 @@ Bounds bounds(const Reading &reading, const NewOption &wanted)
     result.first = std::max(result.first, behindSpace(reading, wanted.type.encapsulated));
     result.last = std::min(reading.firstUse(wanted.id), reading.statements().size());
     const std::vector<Foreign> foreign = reading.foreignDeclarations(wanted.id);
-    if (!foreign.empty()) {
-        // The last declaration wins, for uses before it too (measured).
+    // The last declaration wins, for uses before it too (measured).
+    const bool confirmed = !foreign.empty() && isSame(*foreign.back().statement, wanted)
+        && foreign.front().anchor > reading.firstUse(wanted.id);
+    if (!foreign.empty() && !confirmed) {
         result.first = std::max(result.first, foreign.back().anchor + 1);
         if (foreign.front().anchor <= result.last)
             result.last = reading.statements().size();
     }
     return result;
-}
-
-bool isSame(const Statement &declaration, const NewOption &wanted)
-{
-    return declaration.code == wanted.code && declaration.type == wanted.type.text;
 }
 
 std::string inPlace(std::string_view text, const Statement &declaration, const NewOption &wanted)
@@ -75,8 +77,13 @@ std::string inserted(const Reading &reading, const NewOption &wanted)
     const std::string_view text = reading.text();
     const std::vector<Statement> &statements = reading.statements();
     const Bounds where = bounds(reading, wanted);
-    if (where.first > where.last)
-        throw Refusal{"\"" + wanted.name + "\" is used before what its declaration needs"};
+    if (where.first > where.last) {
+        const std::vector<Foreign> foreign = reading.foreignDeclarations(wanted.id);
+        const bool byInclude = !foreign.empty() && !isSame(*foreign.back().statement, wanted);
+        throw Refusal{"\"" + wanted.name + "\" is used before "
+                      + (byInclude ? "the included file \"" + foreign.back().path + "\" declares it otherwise"
+                                   : "what its declaration needs")};
+    }
     const std::string added = "option " + wanted.name + " code " + wanted.code + " = " + wanted.type.text + ';';
     for (std::size_t i = where.last; i > 0 && i >= where.first; --i) {
         if (statements[i - 1].kind == Statement::Declaration)

@@ -145,14 +145,24 @@ void changeRequests(Draft &draft, const std::vector<Wish> &wishes)
     }
 }
 
+NewOption asDeclared(const Statement &declaration, const Wish &wish)
+{
+    return {wish.name, wish.id, declaration.code, {declaration.type, declaration.encapsulated}};
+}
+
 void changeDeclarations(Draft &draft, const Wish &wish)
 {
     if (wish.declaration) {
         declareOnce(draft, *wish.declaration);
         return;
     }
-    if (!wish.undeclareAll && wish.undeclare.empty())
+    if (!wish.undeclareAll && wish.undeclare.empty()) {
+        const std::vector<Foreign> foreign = draft.reading().foreignDeclarations(wish.id);
+        const bool late = !foreign.empty() && foreign.front().anchor > draft.reading().firstUse(wish.id);
+        if (wish.request && late && draft.reading().declarations(wish.id).empty())
+            declareOnce(draft, asDeclared(*foreign.back().statement, wish));
         return;
+    }
     if (wish.undeclareAll) {
         undeclare(draft, wish.id, std::nullopt);
     } else {
@@ -167,8 +177,7 @@ void changeDeclarations(Draft &draft, const Wish &wish)
             unlist(draft, wish.id, 0, Lists::Both);
     } else if (!left.empty() && left.front() > reading.firstUse(wish.id)
                && reading.foreignDeclarations(wish.id).empty()) {
-        const Statement &declaration = reading.statements()[left.back()];
-        declareOnce(draft, {wish.name, wish.id, declaration.code, {declaration.type, declaration.encapsulated}});
+        declareOnce(draft, asDeclared(reading.statements()[left.back()], wish));
     }
 }
 
