@@ -101,8 +101,8 @@ constexpr std::string_view Spaces[] = {
 
 const KnownOption *otherOption(std::string_view id)
 {
-    const auto found = std::lower_bound(std::begin(Others), std::end(Others), id,
-                                        [](const KnownOption &option, std::string_view key) { return option.id < key; });
+    const auto isBefore = [](const KnownOption &option, std::string_view key) { return option.id < key; };
+    const auto found = std::lower_bound(std::begin(Others), std::end(Others), id, isBefore);
     return found != std::end(Others) && found->id == id ? found : nullptr;
 }
 

@@ -152,7 +152,8 @@ std::string withoutName(std::string_view text, const Statement &list, std::size_
     if (names.size() == 1) {
         const std::size_t end = name.comma == std::string::npos ? name.end : name.comma + 1;
         const bool bare = isBlank(text, list.keywordEnd, name.begin) && onlyCommas(name.end, list.end - 1);
-        if (list.also && bare && text.substr(list.begin, list.keywordEnd - list.begin).find('#') == std::string_view::npos)
+        const std::string_view keywords = text.substr(list.begin, list.keywordEnd - list.begin);
+        if (list.also && bare && keywords.find('#') == std::string_view::npos)
             return without(text, list);
         if (isBlank(text, list.keywordEnd, name.begin) && onlyCommas(name.end, end))
             return replaced(text, list.keywordEnd, end, {});

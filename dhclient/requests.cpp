@@ -27,9 +27,8 @@ Target target(const Reading &reading, const std::vector<Statement> &statements, 
 {
     for (std::size_t i = 0; i < statements.size(); ++i) {
         const Statement &statement = statements[i];
-        const bool replaces = isList(statement) ? !statement.also
-                                                : statement.kind == Statement::Include && reading.replacesList(statement);
-        if (replaces)
+        const bool includesList = statement.kind == Statement::Include && reading.replacesList(statement);
+        if (includesList || (isList(statement) && !statement.also))
             target = {nullptr, i + 1};
         if (i < from)
             continue;

@@ -151,6 +151,10 @@ QByteArray RealClient::complaints(const QByteArray &configuration) const
     if (!client.waitForFinished(ProcessTimeout) || !errors.open(QIODevice::ReadOnly))
         qFatal("the client does not end");
     const QByteArray said = errors.readAll();
+    if (client.exitStatus() != QProcess::NormalExit)
+        return "the client crashed\n" + said;
+    if (!said.contains("interface index"))
+        qFatal("the client did not come to its interface: %s", said.constData());
     const int first = said.indexOf(m_directory.path().toUtf8());
     return first < 0 ? QByteArray() : said.mid(first);
 }

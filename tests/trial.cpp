@@ -82,3 +82,10 @@ QStringList TrialRoot::sql(const QString &statement) const
         qFatal("the sqlite3 shell does not run");
     return QString::fromUtf8(shell.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
 }
+
+void TrialRoot::presetRegistry(const QString &entries) const
+{
+    sql(QStringLiteral("CREATE TABLE entry(key TEXT PRIMARY KEY, type INTEGER NOT NULL, value TEXT NOT NULL);"
+                       "INSERT INTO entry VALUES")
+        + entries);
+}

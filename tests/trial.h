@@ -33,6 +33,8 @@ public:
 
     /// Runs SQL on the registry through the sqlite3 shell, as an administrator would; returns its output's lines.
     QStringList sql(const QString &statement) const;
+    /// An administrator's registry, made before the program's first start: "('key', type, 'value'), ...".
+    void presetRegistry(const QString &entries) const;
 
 private:
     QTemporaryDir m_directory;

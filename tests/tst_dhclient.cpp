@@ -1,81 +1,20 @@
 // The editor's core: golden cases of old text, commands and new text; what the client takes, and what not.
 
+#include "dhclient/golden.h"
 #include "edit.h"
 #include "knownoptions.h"
-#include "parser/statements.h"
+#include "realclient.h"
 
-#include <QDir>
 #include <QFile>
-#include <QProcess>
-#include <QStandardPaths>
-#include <QTemporaryDir>
 #include <QTest>
 
 using namespace DhclientConf;
 
-Q_DECLARE_METATYPE(DhclientConf::Command)
-
 namespace {
-
-struct Golden
-{
-    QByteArray title;
-    QByteArray old, commands, expected, error, notes;
-};
 
 QString u(const char *text)
 {
     return QString::fromUtf8(text);
-}
-
-QVector<Golden> goldens(const QString &name)
-{
-    QFile file(u(GOLDEN_PATH "/") + name);
-    if (!file.open(QIODevice::ReadOnly))
-        qFatal("no %s", qUtf8Printable(file.fileName()));
-    QVector<Golden> result;
-    QByteArray *section = nullptr;
-    for (QByteArray line = file.readLine(); !line.isEmpty(); line = file.readLine()) {
-        if (line.startsWith("== ")) {
-            result.append(Golden());
-            result.last().title = line.mid(3).trimmed();
-            section = nullptr;
-        } else if (line.startsWith("-- ")) {
-            const QByteArray word = line.mid(3).trimmed();
-            Golden &golden = result.last();
-            section = word == "OLD" ? &golden.old : word == "COMMANDS" ? &golden.commands
-                : word == "EXPECTED" ? &golden.expected : word == "ERROR" ? &golden.error : &golden.notes;
-        } else if (section) {
-            section->append(line.replace("<CR>", "\r"));
-        }
-    }
-    for (Golden &golden : result) {
-        for (QByteArray *text : {&golden.old, &golden.commands, &golden.expected, &golden.error, &golden.notes}) {
-            if (text->endsWith("\n\n")) // the blank line before the next case
-                text->chop(1);
-            text->replace("<END>\n", "");
-        }
-    }
-    return result;
-}
-
-QVector<Golden> allGoldens()
-{
-    return goldens(u("requests.txt")) + goldens(u("declarations.txt"));
-}
-
-std::vector<Command> commandsOf(const QByteArray &lines)
-{
-    std::vector<Command> result;
-    for (const QByteArray &line : lines.split('\n')) {
-        const QByteArray word = line.left(line.indexOf(' '));
-        if (!word.isEmpty())
-            result.push_back({word == "--add-request" ? Command::AddRequest : word == "--del-request"
-                                  ? Command::DelRequest : word == "--add-new-option" ? Command::AddNewOption
-                                                                                     : Command::DelNewOption,
-                              line.mid(word.size() + 1).toStdString()});
-    }
-    return result;
 }
 
 std::optional<std::string> included(const std::string &path)
@@ -111,51 +50,6 @@ QByteArray notesOf(const Result &result)
         notes += QByteArray::fromStdString(note) + '\n';
     return notes;
 }
-
-/// The real client's parser, as a copy that no profile binds to its own files.
-class Client
-{
-public:
-    Client()
-    {
-        const QString program = QStandardPaths::findExecutable(u("dhclient"), {u("/sbin"), u("/usr/sbin")});
-        const bool alone = QProcess::execute(u("unshare"), {u("-n"), u("-m"), u("true")}) == 0;
-        isThere = alone && !program.isEmpty() && QFile::copy(program, folder.filePath(u("client")));
-        write(u("leases"), {});
-    }
-
-    /// Its complaints about the text, empty if it takes it.
-    QByteArray complaints(const QByteArray &text)
-    {
-        write(u("conf"), text);
-        QProcess process;
-        process.start(u("unshare"), {u("-n"), u("-m"), folder.filePath(u("client")), u("-d"), u("-1"), u("-4"),
-                                     u("-cf"), folder.filePath(u("conf")), u("-lf"), folder.filePath(u("leases")),
-                                     u("-pf"), folder.filePath(u("pid")), u("-sf"), u("/bin/true"), u("nosuchif0")});
-        if (!process.waitForFinished() || process.exitStatus() != QProcess::NormalExit)
-            return "no end, or a crash";
-        QByteArray result;
-        bool ran = false;
-        for (const QByteArray &line : process.readAllStandardError().split('\n')) {
-            ran = ran || line.contains("nosuchif0") || line.contains("interface");
-            if (line.contains(" line "))
-                result += line + '\n';
-        }
-        return ran ? result : QByteArray("it did not run");
-    }
-
-    bool isThere = false;
-
-private:
-    void write(const QString &name, const QByteArray &text)
-    {
-        QFile file(folder.filePath(name));
-        if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size())
-            qFatal("cannot write");
-    }
-
-    QTemporaryDir folder;
-};
 
 } // namespace
 
@@ -196,9 +90,9 @@ private slots:
 
     void goldenByTheClient()
     {
-        Client client;
-        if (!client.isThere)
-            QSKIP("no dhclient here, or no right to make namespaces");
+        const RealClient client;
+        if (!client.isInstalled())
+            QSKIP("no dhclient here");
         QVERIFY(!client.complaints("request nosuch;").isEmpty());
         for (const Golden &golden : allGoldens()) {
             if (golden.error.isEmpty() && !golden.expected.contains("include"))
@@ -209,9 +103,9 @@ private slots:
     // Every name that the client is said to know, and every type, asked of the client itself.
     void knowledgeByTheClient()
     {
-        Client client;
-        if (!client.isThere)
-            QSKIP("no dhclient here, or no right to make namespaces");
+        const RealClient client;
+        if (!client.isInstalled())
+            QSKIP("no dhclient here");
         QByteArray text;
         int known = 0;
         for (int code = 1; code < 255; ++code) {
@@ -234,8 +128,8 @@ private slots:
     void types()
     {
         for (const Row &row : rows()) {
-            const Result result = edit("option space sp;", {{Command::AddNewOption, std::string("foo 200 ") + row.type}},
-                                       included);
+            const std::string foo = std::string("foo 200 ") + row.type;
+            const Result result = edit("option space sp;", {{Command::AddNewOption, foo}}, included);
             QVERIFY2((result.status == Result::Done) == row.good, row.type);
         }
     }
@@ -247,7 +141,8 @@ private slots:
             "--add-request ", "--add-request 12", "--add-request foo bar", "--add-request routers;request",
             "--add-request routers\n", "--add-request routers#", "--add-request .routers", "--add-request dhcp6.",
             "--add-request a.b.c", "--add-request \"routers\"", "--add-request r\xe4uter", "--add-request unknown-228",
-            "--del-request routers, host-name", "--add-request space", "--add-new-option foo", "--add-new-option foo 200",
+            "--del-request routers, host-name", "--add-request space", "--add-new-option foo",
+            "--add-new-option foo 200",
             "--add-new-option foo 200 ", "--add-new-option foo 0 text", "--add-new-option foo 255 text",
             "--add-new-option foo -1 text", "--add-new-option foo 0x10 text", "--add-new-option foo 010 text",
             "--add-new-option foo 4294967496 text", "--add-new-option foo 200 text; request routers",
@@ -323,7 +218,7 @@ private slots:
     {
         QFile file(u(GOLDEN_PATH "/statements.txt"));
         QVERIFY(file.open(QIODevice::ReadOnly));
-        Client client;
+        const RealClient client;
         int lines = 0;
         while (!file.atEnd()) {
             const QByteArray line = file.readLine();
@@ -334,7 +229,7 @@ private slots:
             const bool good = line.startsWith("yes ");
             QVERIFY2(good != line.startsWith("no  "), line.constData());
             QVERIFY2((edited(text, "--add-request routers\n").status == Result::Done) == good, line.constData());
-            if (client.isThere)
+            if (client.isInstalled())
                 QVERIFY2(client.complaints(text).isEmpty() == good, line.constData());
         }
         QVERIFY(lines > 100);
@@ -351,7 +246,8 @@ private slots:
             "  supersede domain-search \"example.com\", \"rc.example.org\";\n  prepend domain-name-servers 127.0.0.1;\n"
             "  script \"/sbin/dhclient-script\";\n  media \"media 10baseT/UTP\", \"media 10base2/BNC\";\n}\n"
             "alias { interface \"ep0\"; fixed-address 192.5.5.213; option subnet-mask 255.255.255.255; }\n"
-            "lease { interface \"eth0\"; fixed-address 192.33.137.200; medium \"link0 link1\"; renew 2 2000/1/12 00:00:01; }\n"
+            "lease { interface \"eth0\"; fixed-address 192.33.137.200; medium \"link0 link1\"; "
+            "renew 2 2000/1/12 00:00:01; }\n"
             "send fqdn.encoded on; send fqdn.fqdn \"grosse.example.com.\"; also request fqdn, dhcp6.fqdn;\n"
             "send host-name = concat(option domain-name, \"x\", substring(hardware, 1, 6));\n"
             "if not exists routers and (option host-name = \"a\" or known) { set x = 1:2; } elsif static { }\n"
@@ -360,13 +256,14 @@ private slots:
             "switch (option host-name) { case \"a\": set x = \"a\"; break; default: set x = \"b\"; }\n"
             "key \"k\" { algorithm hmac-md5; secret abcd==; };\nzone example.org. { primary 127.0.0.1; key k; }\n"
             "option space SUNW code width 1 length width 1 hash size 3;\noption SUNW.name code 3 = text;\n"
-            "option contrived-001 code 201 = { boolean, integer 32, text };\nsend contrived-001 on 1772 \"contrivance\";\n"
+            "option contrived-001 code 201 = { boolean, integer 32, text };\n"
+            "send contrived-001 on 1772 \"contrivance\";\n"
             "supersede dhcp6.name-servers 3ffe:bbbb::1, ::1; send dhcp6.rapid-commit; vendor option space SUNW;\n";
         const Result result = edited(text, "--add-request routers\n");
         QCOMPARE(QByteArray::fromStdString(result.error), QByteArray());
         QCOMPARE(QByteArray::fromStdString(result.text), text);
-        Client client;
-        if (client.isThere)
+        const RealClient client;
+        if (client.isInstalled())
             QCOMPARE(client.complaints(text), QByteArray());
     }
 

@@ -16,8 +16,7 @@ class TestGui : public QObject
 private slots:
     void boundCheckBoxes()
     {
-        m_root.sql(QStringLiteral("CREATE TABLE entry(key TEXT PRIMARY KEY, type INTEGER NOT NULL, value TEXT NOT NULL);"
-                                  "INSERT INTO entry VALUES('p/on', 10, '1'), ('p/off', 10, '0'), ('p/odd', 10, 'x')"));
+        m_root.presetRegistry(QStringLiteral("('p/on', 10, '1'), ('p/off', 10, '0'), ('p/odd', 10, 'x')"));
         QWidget window;
         VWidgetContainer container(&window);
         VGui page(QStringLiteral("p"), &window);
@@ -35,7 +34,8 @@ private slots:
                  QStringList({QStringLiteral("p/missing|10|0"), QStringLiteral("p/odd|10|0"),
                               QStringLiteral("p/off|10|0"), QStringLiteral("p/on|10|1")}));
 
-        m_root.sql(QStringLiteral("CREATE TRIGGER refuse BEFORE UPDATE ON entry BEGIN SELECT RAISE(ABORT, 'written'); END"));
+        m_root.sql(QStringLiteral("CREATE TRIGGER refuse BEFORE UPDATE ON entry"
+                                  " BEGIN SELECT RAISE(ABORT, 'written'); END"));
         QVERIFY2(container.validate(), "nothing differs, so nothing is written");
         boxes.value(QStringLiteral("p/off"))->fieldWidget()->setChecked(true);
         const CapturedErrors errors;

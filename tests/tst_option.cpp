@@ -66,8 +66,9 @@ private slots:
         }
         QTEST(thrown, "exception");
         QString expected;
+        const QString path = m_root.path(QStringLiteral("/x.xml"));
         for (const QString &what : qAsConst(missing))
-            expected += QStringLiteral("Error:  No %1 specified in %2\n").arg(what, m_root.path(QStringLiteral("/x.xml")));
+            expected += QStringLiteral("Error:  No %1 specified in %2\n").arg(what, path);
         QCOMPARE(errors.text(), expected);
     }
 

@@ -44,7 +44,8 @@ private slots:
         QTest::addColumn<QString>("platform");
         QTest::newRow("--apply") << QStringList(u("--apply")) << QString();
         QTest::newRow("--update") << QStringList(u("--update")) << QString();
-        QTest::newRow("among others") << QStringList({u("--show-all"), u("x"), u("--apply"), u("--update")}) << QString();
+        QTest::newRow("among others")
+            << QStringList({u("--show-all"), u("x"), u("--apply"), u("--update")}) << QString();
         QTest::newRow("platform variable") << QStringList(u("--apply")) << u("xcb");
         QTest::newRow("platform theme option") << QStringList({u("-platformtheme"), u("gtk3"), u("-style"), u("none"),
                                                                u("--apply")}) << QString();
@@ -124,8 +125,7 @@ private slots:
         m_root->define(u("d.xml/inner"), "");
         m_root->define(u("zero"), 200, Custom);
         m_root->define(u("zz.xml"), "<code>200</code><linux-name>shown</linux-name><name>again</name>" + Custom);
-        m_root->sql(u("CREATE TABLE entry(key TEXT PRIMARY KEY, type INTEGER NOT NULL, value TEXT NOT NULL);"
-                      "INSERT INTO entry VALUES('root/DHCP/Code_zero', 7, '0')"));
+        m_root->presetRegistry(u("('root/DHCP/Code_zero', 7, '0')"));
         Run run(*this);
         run.start({u("--apply")});
         QCOMPARE(run.finish(), 0);
@@ -171,7 +171,8 @@ private slots:
             Run second(*this);
             second.start(arguments);
             QCOMPARE(second.finish(), AlreadyRunning);
-            QCOMPARE(second.errors(), u("kiro-dhcp-mgr is already running (process %1)\n").arg(first.process.processId()));
+            QCOMPARE(second.errors(),
+                     u("kiro-dhcp-mgr is already running (process %1)\n").arg(first.process.processId()));
         }
         QCOMPARE(m_root->recorded(), QStringList());
         first.process.kill(); // whatever it leaves behind must not stop the next one
@@ -223,9 +224,9 @@ private slots:
     {
         if (::geteuid() != 0)
             QSKIP("needs root, to run the program as somebody else");
-        m_root->sql(u("CREATE TABLE entry(key TEXT PRIMARY KEY, type INTEGER NOT NULL, value TEXT NOT NULL)"));
-        for (const char *folder : {"", "/usr", "/usr/sbin", "/usr/share", "/usr/share/kiro-dhcp-mgr", "/var", "/var/lib",
-                                   "/var/lib/vorkan"})
+        m_root->presetRegistry(u("('root/DHCP/Code_none', 7, '0')"));
+        for (const char *folder : {"", "/usr", "/usr/sbin", "/usr/share", "/usr/share/kiro-dhcp-mgr", "/var",
+                                   "/var/lib", "/var/lib/vorkan"})
             QFile::setPermissions(m_root->path(u(folder)), QFile::Permissions(0x7755));
         m_root->define(u("coded"), 201, Custom); // whose stored code has to be written too, by a second commit
         m_root->sql(u("INSERT INTO entry VALUES('root/DHCP/Code_coded', 7, '210')"));
@@ -244,8 +245,9 @@ private slots:
         QTest::addColumn<QString>("line");
         const QString registry = u("/var/lib/vorkan");
         const QString client = u("/etc/dhcp");
-        QTest::newRow("all") << QStringList() << u("Without the rights of root, choices are not stored in"
-                                                   " %1/var/lib/vorkan/registry.db and not applied to the DHCP client\n");
+        QTest::newRow("all") << QStringList()
+                             << u("Without the rights of root, choices are not stored in"
+                                  " %1/var/lib/vorkan/registry.db and not applied to the DHCP client\n");
         QTest::newRow("registry") << QStringList(client) << u("Without the rights of root, choices are not stored in"
                                                               " %1/var/lib/vorkan/registry.db\n");
         QTest::newRow("client") << QStringList(registry) << u("Without the rights of root, choices are not applied to"
@@ -315,7 +317,8 @@ private:
                     return false;
                 const QByteArray text = status.readAll();
                 const int caught = text.indexOf("SigCgt:");
-                return caught >= 0 && (text.mid(caught + 7, 17).trimmed().toULongLong(nullptr, 16) & (1U << (SIGHUP - 1)));
+                const quint64 signalSet = text.mid(caught + 7, 17).trimmed().toULongLong(nullptr, 16);
+                return caught >= 0 && (signalSet & (1U << (SIGHUP - 1))) != 0;
             });
         }
 

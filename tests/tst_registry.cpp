@@ -72,8 +72,7 @@ private slots:
     void readsWhatOthersWrite()
     {
         QVERIFY(!m_store->find(QStringLiteral("root/A")));
-        m_root->sql(QStringLiteral("CREATE TABLE entry(key TEXT PRIMARY KEY, type INTEGER NOT NULL,"
-                                   " value TEXT NOT NULL); INSERT INTO entry VALUES('root/A', 7, 'é')"));
+        m_root->presetRegistry(QStringLiteral("('root/A', 7, 'é')"));
         QCOMPARE(m_store->find(QStringLiteral("root/A"))->value, QStringLiteral("é"));
         m_root->sql(QStringLiteral("UPDATE entry SET value = '210'"));
         QCOMPARE(m_store->find(QStringLiteral("root/A"))->value, QStringLiteral("210"));
@@ -130,8 +129,7 @@ private slots:
     /// A default must not be written over a choice that could not be read, not even once it could be.
     void lockedWhileRead()
     {
-        m_root->sql(QStringLiteral("CREATE TABLE entry(key TEXT PRIMARY KEY, type INTEGER NOT NULL, value TEXT NOT NULL);"
-                                   "INSERT INTO entry VALUES('root/A', 10, '0')"));
+        m_root->presetRegistry(QStringLiteral("('root/A', 10, '0')"));
         m_store->setBusyTimeout(std::chrono::milliseconds(50));
         Sqlite::Database other(Paths::resolve(StorePath.toStdString()), std::chrono::milliseconds(0));
         const CapturedErrors errors;
@@ -151,7 +149,8 @@ private slots:
     {
         m_store->create(QStringLiteral("root/A"), VorkanNumberType);
         QVERIFY(m_store->set(QStringLiteral("root/A"), QString()) && m_store->commit(QString()));
-        m_root->sql(QStringLiteral("CREATE TRIGGER refuse BEFORE UPDATE ON entry BEGIN SELECT RAISE(ABORT, 'written'); END"));
+        m_root->sql(QStringLiteral("CREATE TRIGGER refuse BEFORE UPDATE ON entry"
+                                   " BEGIN SELECT RAISE(ABORT, 'written'); END"));
         QVERIFY(m_store->set(QStringLiteral("root/A"), QString()) && m_store->commit(QString()));
         const CapturedErrors errors;
         QVERIFY(m_store->set(QStringLiteral("root/A"), QStringLiteral("1")) && !m_store->commit(QString()));
@@ -190,8 +189,7 @@ private slots:
         m_root->remove(StorePath);
         QVERIFY(!m_store->find(QStringLiteral("root/A")));
         m_store->create(QStringLiteral("root/B"), VorkanBoolType);
-        m_root->sql(QStringLiteral("CREATE TABLE entry(key TEXT PRIMARY KEY, type INTEGER NOT NULL, value TEXT NOT NULL);"
-                                   "INSERT INTO entry VALUES('root/C', 10, '0')"));
+        m_root->presetRegistry(QStringLiteral("('root/C', 10, '0')"));
         QVERIFY(m_store->find(QStringLiteral("root/C")) && m_store->commit(QString()));
         QCOMPARE(m_root->sql(QStringLiteral("SELECT count(*) FROM entry")), QStringList(QStringLiteral("2")));
     }
@@ -207,7 +205,8 @@ private slots:
     {
         // A limit on file sizes stands in for the disk.
         QProcess writer;
-        writer.start(QStringLiteral("sh"), {QStringLiteral("-c"), QStringLiteral("trap '' XFSZ; ulimit -f 8; exec \"$@\""),
+        writer.start(QStringLiteral("sh"), {QStringLiteral("-c"),
+                                            QStringLiteral("trap '' XFSZ; ulimit -f 8; exec \"$@\""),
                                             QStringLiteral("sh"), QStringLiteral(WRITER_PATH),
                                             QStringLiteral("root/K"), QStringLiteral("2000"), QStringLiteral("1")});
         QVERIFY(writer.waitForFinished());

@@ -82,8 +82,8 @@ public:
     void click(int row, int column) const
     {
         const QRect cellRect = table->visualRect(table->model()->index(row, column));
-        const QPoint position = column == DhcpTable::RequestedColumn ? cellRect.topLeft() + QPoint(10, cellRect.height() / 2)
-                                                                     : cellRect.center();
+        const QPoint box = cellRect.topLeft() + QPoint(10, cellRect.height() / 2);
+        const QPoint position = column == DhcpTable::RequestedColumn ? box : cellRect.center();
         QTest::mouseClick(table->viewport(), Qt::LeftButton, Qt::NoModifier, position);
     }
 
@@ -203,16 +203,19 @@ private slots:
         const CapturedErrors errors;
         const Trial trial(m_root, {{u("cells-off"), 7, Custom + classOf("always-off")},
                                    {u("cells-managed"), 43, Predefined + classOf("managed") + "<default>no</default>"},
-                                   {u("cells-on"), 250, Predefined + classOf("always-on") + "<standard-option>yes</standard-option>"},
+                                   {u("cells-on"), 250,
+                                    Predefined + classOf("always-on") + "<standard-option>yes</standard-option>"},
                                    {u("cells-yes"), 9, Custom},
                                    {u("cells-no"), 300, Custom + "<default>no</default>"}});
         struct Expected { const char *name; const char *requested; const char *code; bool enabled; bool editable;
                           bool italic; const char *tip; };
         const Expected rows[] = {
-            {"cells-off", "Never", "007", false, true, true, "This option is <i>never</i> requested from the DHCP server"},
+            {"cells-off", "Never", "007", false, true, true,
+             "This option is <i>never</i> requested from the DHCP server"},
             {"cells-managed", "*", "043", true, false, true,
              "This option is managed by another control panel (e.g. Networking)"},
-            {"cells-on", "Always", "250", true, false, false, "This option is <i>always</i> requested from the DHCP server"},
+            {"cells-on", "Always", "250", true, false, false,
+             "This option is <i>always</i> requested from the DHCP server"},
             {"cells-yes", "", "009", true, true, true, ""},
             {"cells-no", "", "300", false, true, true, ""},
         };
@@ -455,7 +458,8 @@ private slots:
     {
         Trial trial(m_root, {{u("f-managed"), 1, Predefined + classOf("managed")},
                              {u("f-on"), 2, Predefined + classOf("always-on")},
-                             {u("f-off"), 3, Predefined + classOf("always-off")}, {u("f-normal"), 4, Predefined}}, true);
+                             {u("f-off"), 3, Predefined + classOf("always-off")}, {u("f-normal"), 4, Predefined}},
+                    true);
         trial.window->apply();
         QTRY_COMPARE(m_root.recorded(), QStringList({ToolName + u("--add-request|f-on"),
                                                      ToolName + u("--add-request|f-normal"), u("dhclient|-1")}));
@@ -546,7 +550,8 @@ private slots:
         };
         const Key keys[] = {{Qt::Key_Return, Qt::NoModifier, 3, true}, {Qt::Key_Enter, Qt::KeypadModifier, 3, true},
                             {Qt::Key_Space, Qt::NoModifier, 3, true}, {Qt::Key_F1, Qt::NoModifier, 0, true},
-                            {Qt::Key_Return, Qt::ControlModifier, 3, false}, {Qt::Key_Return, Qt::NoModifier, 2, false}};
+                            {Qt::Key_Return, Qt::ControlModifier, 3, false},
+                            {Qt::Key_Return, Qt::NoModifier, 2, false}};
         for (const Key &key : keys) {
             trial.table->setCurrentCell(0, key.column);
             QCOMPARE(detailsShownBy([&] { QTest::keyClick(trial.table, key.key, key.modifiers); }, &boxes),
@@ -578,15 +583,17 @@ private slots:
                                "[ \"$(sqlite3 \"$KIRO_DHCP_MGR_ROOT/var/lib/vorkan/registry.db\""
                                " \"SELECT value FROM entry WHERE key = 'root/DHCP/Req_button'\")\" = 0 ] || exit");
         QTest::mouseClick(trial.button(u("Apply")), Qt::LeftButton);
-        QTRY_COMPARE(m_root.recorded(), QStringList({ToolName + u("--del-new-option|button 200 text|--del-request|button"),
-                                                     u("dhclient|-1")}));
+        QTRY_COMPARE(m_root.recorded(),
+                     QStringList({ToolName + u("--del-new-option|button 200 text|--del-request|button"),
+                                  u("dhclient|-1")}));
         m_root.installRecorder(u("/usr/sbin/kiro-dhclient-edit"));
         m_root.forgetRecorded();
         trial.tick(u("button"));
         QTimer::singleShot(0, [&] { QTest::mouseClick(trial.button(u("OK")), Qt::LeftButton); });
         QCOMPARE(QApplication::exec(), 0);
-        QTRY_COMPARE(m_root.recorded(), QStringList({ToolName + u("--add-new-option|button 200 text|--add-request|button"),
-                                                     u("dhclient|-1")}));
+        QTRY_COMPARE(m_root.recorded(),
+                     QStringList({ToolName + u("--add-new-option|button 200 text|--add-request|button"),
+                                  u("dhclient|-1")}));
         m_root.forgetRecorded();
         trial.tick(u("button"));
         QTimer::singleShot(0, [&] { trial.window->close(); });
@@ -699,8 +706,8 @@ private slots:
                                     "ColumnHeader|Name||", "ColumnHeader|Info||", "ColumnHeader|Current Value||",
                                     "Button|Apply|Alt+A|focusable", "Button|OK|Alt+O|focusable",
                                     "Button|Cancel|Alt+C|focusable", "ComboBox|Show Custom Options|Down|focusable",
-                                    "ListItem|Show Custom Options||focusable", "ListItem|Show Common Options||focusable",
-                                    "ListItem|Show All Options||focusable"})
+                                    "ListItem|Show Custom Options||focusable",
+                                    "ListItem|Show Common Options||focusable", "ListItem|Show All Options||focusable"})
             QVERIFY2(window.count(u(control)) == 1, control);
         // Whatever the keyboard reaches has a name.
         QVERIFY(window.filter(QRegularExpression(u("^[A-Za-z]+\\|\\|.*focusable$"))).isEmpty());

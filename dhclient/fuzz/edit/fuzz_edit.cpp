@@ -53,8 +53,8 @@ std::string tokens(std::string_view text)
 }
 
 // All statements but request lists (judged by what they come to) and the named options' declarations.
-void normalise(std::string_view text, const std::vector<Statement> &statements, const std::set<std::string, std::less<>> &named,
-               std::vector<std::string> &result)
+void normalise(std::string_view text, const std::vector<Statement> &statements,
+               const std::set<std::string, std::less<>> &named, std::vector<std::string> &result)
 {
     for (const Statement &statement : statements) {
         if (statement.kind == Statement::Request

@@ -110,7 +110,8 @@ void readRecord(std::string_view input)
     while (!input.empty()) {
         // Only such names come this far.
         const std::string name = part().substr(0, 15);
-        if (name.empty() || name == "#" || std::any_of(name.begin(), name.end(), [](unsigned char c) { return c <= ' '; }))
+        if (name.empty() || name == "#"
+            || std::any_of(name.begin(), name.end(), [](unsigned char c) { return c <= ' '; }))
             continue;
         interfaces.insert(name);
         Bindings::Binding &binding = bindings.take(name);
