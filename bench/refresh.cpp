@@ -3,13 +3,9 @@
 // Prints column, order, percent changed, milliseconds of ours and of the plain table, one line per round.
 // Ends with a message when a row shows an old value, or is hidden or shown where its option is not.
 
-#include "bench.h"
+#include "showntables.h"
 
-#include "dhcpapp.h"
-#include "dhcptable.h"
-#include "mainwindow.h"
 #include "paths.h"
-#include "vapplication.h"
 
 #include <QHash>
 #include <QTextStream>
@@ -107,24 +103,17 @@ void refreshPlain(QTableWidget &table)
 
 int main(int argc, char **argv)
 {
-    VApplication application(argc, argv, true, true, true);
-    const DhcpApp app(false, false);
-    app.mainWindow()->show();
-    QCoreApplication::processEvents();
-    DhcpTable &ours = *app.mainWindow()->optionTable();
-    QTableWidget plain;
-    Bench::copyTable(ours, plain);
-    plain.show();
-    QCoreApplication::processEvents();
+    Bench::ShownTables tables(argc, argv);
+    DhcpTable &ours = tables.ours;
+    QTableWidget &plain = tables.plain;
 
-    const int rounds = QCoreApplication::arguments().value(1).toInt();
     Values values(ours);
     for (int column = 0; column < ours.columnCount(); ++column) {
         for (const Qt::SortOrder order : {Qt::AscendingOrder, Qt::DescendingOrder}) {
             for (QTableWidget *table : {static_cast<QTableWidget *>(&ours), &plain})
                 table->sortByColumn(column, order);
             for (const int step : {1, 10}) {
-                for (int round = 0; round < rounds; ++round) {
+                for (int round = 0; round < tables.rounds; ++round) {
                     values.change(step);
                     double oursTime = 0;
                     double plainTime = 0;

@@ -2,12 +2,7 @@
 // Usage: views ROUNDS
 // Prints the milliseconds of ours and of the plain table for all three switches, one line per round.
 
-#include "bench.h"
-
-#include "dhcpapp.h"
-#include "dhcptable.h"
-#include "mainwindow.h"
-#include "vapplication.h"
+#include "showntables.h"
 
 #include <array>
 #include <vector>
@@ -35,15 +30,9 @@ void hideRows(QTableWidget &table, const std::vector<bool> &hidden)
 
 int main(int argc, char **argv)
 {
-    VApplication application(argc, argv, true, true, true);
-    const DhcpApp app(false, false);
-    app.mainWindow()->show();
-    QCoreApplication::processEvents();
-    DhcpTable &ours = *app.mainWindow()->optionTable();
-    QTableWidget plain;
-    Bench::copyTable(ours, plain);
-    plain.show();
-    QCoreApplication::processEvents();
+    Bench::ShownTables tables(argc, argv);
+    DhcpTable &ours = tables.ours;
+    QTableWidget &plain = tables.plain;
 
     constexpr std::array<ViewMode_t, 3> modes = {ShowCommon, ShowAll, ShowCustom};
     std::array<std::vector<bool>, 3> hidden;
@@ -54,7 +43,7 @@ int main(int argc, char **argv)
     if (hidden[ShowCustom] == hidden[ShowCommon] || hidden[ShowCommon] == hidden[ShowAll])
         qFatal("the views do not differ");
 
-    for (int round = QCoreApplication::arguments().value(1).toInt(); round > 0; --round) {
+    for (int round = tables.rounds; round > 0; --round) {
         double oursTime = 0;
         double plainTime = 0;
         for (const ViewMode_t mode : modes) {

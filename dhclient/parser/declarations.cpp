@@ -124,26 +124,30 @@ OptionType Parser::optionType()
     if (m_token.isSign('{'))
         record(type, false);
     else
-        atomOrArray(type, false);
+        atomOrArray(type);
     return type;
 }
 
-void Parser::atomOrArray(OptionType &type, bool inArray)
+bool Parser::takeArray(OptionType &type, bool inArray)
 {
-    if (!m_token.isWord("array")) {
-        atom(type, inArray, true);
-        return;
-    }
+    if (!m_token.isWord("array"))
+        return false;
     if (inArray)
         refuse("an array inside an array");
     advance();
     want("of");
     append(type.text, "array");
     append(type.text, "of");
-    if (m_token.isSign('{'))
+    return true;
+}
+
+void Parser::atomOrArray(OptionType &type)
+{
+    const bool array = takeArray(type, false);
+    if (array && m_token.isSign('{'))
         record(type, true);
     else
-        atom(type, true, true);
+        atom(type, array, true);
 }
 
 void Parser::record(OptionType &type, bool inArray)
@@ -151,15 +155,7 @@ void Parser::record(OptionType &type, bool inArray)
     advance();
     append(type.text, "{");
     for (;;) {
-        const bool array = m_token.isWord("array");
-        if (array) {
-            if (inArray)
-                refuse("an array inside an array");
-            advance();
-            want("of");
-            append(type.text, "array");
-            append(type.text, "of");
-        }
+        const bool array = takeArray(type, inArray);
         atom(type, inArray || array, false);
         if (!takeSign(','))
             break;

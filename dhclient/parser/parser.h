@@ -46,7 +46,8 @@ private:
     void option(Statement &result, Scope scope);
     void spaceDeclaration(Statement &result);
     void atom(OptionType &type, bool inArray, bool last);
-    void atomOrArray(OptionType &type, bool inArray);
+    bool takeArray(OptionType &type, bool inArray);
+    void atomOrArray(OptionType &type);
     void record(OptionType &type, bool inArray);
 
     // expressions.cpp
