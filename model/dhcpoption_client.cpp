@@ -4,9 +4,6 @@
 
 #include "edittool.h"
 
-#include <QCoreApplication>
-#include <QEvent>
-
 bool DhcpOption::applyToClient(bool requested)
 {
     if (dhcpClass != Normal && dhcpClass != AlwaysOn)
@@ -33,11 +30,7 @@ bool DhcpOption::applyToClient(bool requested)
     }
     arguments << (requested ? addRequest : deleteRequest) << linuxName;
 
-    auto *tool = new EditTool(this);
-    tool->run(arguments);
-    tool->deleteLater();
-    // In an update run there is no event loop that would do it before the end.
-    QCoreApplication::sendPostedEvents(tool, QEvent::DeferredDelete);
+    EditTool::run(arguments, this);
 
     appliedRequested = requested;
     appliedCode = code;

@@ -2,34 +2,45 @@
 
 #include "qtpaths.h"
 
+#include <QCoreApplication>
+#include <QEvent>
+#include <QProcess>
+
 namespace {
 
 constexpr char ToolPath[] = "/usr/sbin/kiro-dhclient-edit";
 constexpr char ClientConfiguration[] = "/etc/dhcp/dhclient.conf";
 constexpr int PatienceMsecs = 2000;
 
+/// Keeps the object from killing a run that is still under way, half way through its edit, when it is deleted,
+/// and from grumbling about it on standard error.
+void letGo(QProcess *process)
+{
+    struct Opened : QProcess
+    {
+        using QProcess::setProcessState;
+    };
+    (process->*&Opened::setProcessState)(QProcess::NotRunning);
+}
+
 } // namespace
-
-EditTool::EditTool(QObject *parent)
-    : QProcess(parent)
-{
-}
-
-EditTool::~EditTool()
-{
-    setProcessState(NotRunning);
-}
 
 bool EditTool::mayEdit()
 {
     return Paths::isWritable(Paths::resolve(ClientConfiguration));
 }
 
-void EditTool::run(const QStringList &arguments)
+void EditTool::run(const QStringList &arguments, QObject *owner)
 {
+    // No subclass of QProcess: for one, Qt takes a slower way to fork (it might do something in the child).
+    auto *process = new QProcess(owner);
     // Nobody reads what the tool says, and one that is left to finish must not die of a closed pipe.
-    setStandardOutputFile(nullDevice());
-    setStandardErrorFile(nullDevice());
-    start(Paths::resolved(ToolPath), arguments, QIODevice::ReadWrite);
-    waitForFinished(PatienceMsecs);
+    process->setStandardOutputFile(QProcess::nullDevice());
+    process->setStandardErrorFile(QProcess::nullDevice());
+    process->start(Paths::resolved(ToolPath), arguments, QIODevice::ReadWrite);
+    if (!process->waitForFinished(PatienceMsecs))
+        letGo(process);
+    process->deleteLater();
+    // In an update run there is no event loop that would do it before the end.
+    QCoreApplication::sendPostedEvents(process, QEvent::DeferredDelete);
 }

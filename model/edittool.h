@@ -1,28 +1,20 @@
 #ifndef EDITTOOL_H
 #define EDITTOOL_H
 
-#include <QProcess>
+#include <QStringList>
 
-/// A run of the tool that edits the DHCP client's configuration.
-///
-/// Deleting the object does not end a run that is still under way: the tool then finishes its edit on its own,
-/// where QProcess would kill it half way and grumble on standard error.
-class EditTool : public QProcess
-{
-    Q_OBJECT
+class QObject;
 
-public:
-    explicit EditTool(QObject *parent);
-    ~EditTool() override;
+/// The tool that edits the DHCP client's configuration.
+namespace EditTool {
 
-    /// Whether a tool that is started from here has the right to write the client's configuration.
-    static bool mayEdit();
+/// Whether a tool that is started from here has the right to write the client's configuration.
+bool mayEdit();
 
-    /// Starts the tool and waits until it has ended, 2 s at most.
-    void run(const QStringList &arguments);
+/// Starts the tool and waits until it has ended, 2 s at most; a slower one finishes its edit on its own. The
+/// process object is `owner`'s child while it lives.
+void run(const QStringList &arguments, QObject *owner);
 
-private:
-    Q_DISABLE_COPY(EditTool)
-};
+} // namespace EditTool
 
 #endif
