@@ -49,6 +49,8 @@ private slots:
         QTest::newRow("platform variable") << QStringList(u("--apply")) << u("xcb");
         QTest::newRow("platform theme option") << QStringList({u("-platformtheme"), u("gtk3"), u("-style"), u("none"),
                                                                u("--apply")}) << QString();
+        QTest::newRow("style in one word")
+            << QStringList({u("-style=none"), u("--style=none"), u("--apply")}) << QString();
         QTest::newRow("platform option") << QStringList({u("-platform"), u("xcb"), u("--apply")}) << QString();
     }
 
@@ -95,6 +97,10 @@ private slots:
         QTest::newRow("no such platform") << QString() << u("none")
                                           << u("Cannot open the display: Could not find the Qt platform plugin"
                                                " \"none\" in \"\"\n");
+        QTest::newRow("no screen") << QString() << u("linuxfb:fb=/nonexistent")
+                                   << u("Cannot open the display: Failed to open framebuffer /nonexistent (No such"
+                                        " file or directory) linuxfb: Failed to initialize screen no screens"
+                                        " available, assuming 24-bit color\n");
     }
 
     void displayRefused()
@@ -218,6 +224,18 @@ private slots:
         QVERIFY(timer.elapsed() < 4000); // it waits for 2 s, and a busy machine takes its time to start it
         QCOMPARE(run.errors(), QString());
         QTRY_COMPARE(m_root->recorded().count(), 2); // the client, and then the tool that was left to finish
+    }
+
+    void relativeRoot()
+    {
+        if (::geteuid() != 0)
+            QSKIP("needs root, to run the program as somebody else");
+        Run run(*this);
+        run.asNobody = true;
+        run.environment.insert(u("KIRO_DHCP_MGR_ROOT"), u("missing"));
+        run.start({});
+        QCOMPARE(run.finish(), 1);
+        QVERIFY(run.errors().endsWith(u("Cannot read config directory missing/usr/share/kiro-dhcp-mgr\n")));
     }
 
     void registryUnwritable()

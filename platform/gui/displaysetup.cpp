@@ -2,6 +2,7 @@
 
 #include "standarderror.h"
 
+#include <QGuiApplication>
 #include <QString>
 
 #include <unistd.h>
@@ -19,11 +20,13 @@ QString firstComplaint;
 bool displayNamed = false;
 
 /// Remarks of Qt on the surroundings, which are no fault: neither pkexec nor a boot unit provides the runtime
-/// directory, which nothing here uses, and some platforms have no size hints.
+/// directory, which nothing here uses, some platforms have no size hints, and a session's manager may be another
+/// user's.
 bool isIdleRemark(const QString &message)
 {
     return message.startsWith(QLatin1String("QStandardPaths: "))
-        || message.startsWith(QLatin1String("This plugin does not support "));
+        || message.startsWith(QLatin1String("This plugin does not support "))
+        || message.startsWith(QLatin1String("Qt: Session management error: "));
 }
 
 void filteringHandler(QtMsgType type, const QMessageLogContext &context, const QString &message)
@@ -44,6 +47,15 @@ QString reasonFor(const QString &fatalMessage)
     return firstComplaint.isEmpty() ? fatalMessage : firstComplaint;
 }
 
+[[noreturn]] void fail(const QString &fatalMessage)
+{
+    const QString reason = reasonFor(fatalMessage).simplified();
+    withheld.reset();
+    std::cerr << "Cannot open the display: " << reason.toStdString() << std::endl;
+    // Not exit(): the application object is half built.
+    ::_exit(1);
+}
+
 void guardingHandler(QtMsgType type, const QMessageLogContext &context, const QString &message)
 {
     if (type != QtFatalMsg) {
@@ -55,11 +67,7 @@ void guardingHandler(QtMsgType type, const QMessageLogContext &context, const QS
             firstComplaint = message;
         return;
     }
-    const QString reason = reasonFor(message).simplified();
-    withheld.reset();
-    std::cerr << "Cannot open the display: " << reason.toStdString() << std::endl;
-    // Not exit(): the application object is half built.
-    ::_exit(1);
+    fail(message);
 }
 
 /// Qt takes its own options with one dash or two.
@@ -68,10 +76,15 @@ bool isOption(const char *argument, const char *name)
     return std::strcmp(argument, name) == 0 || (argument[0] == '-' && std::strcmp(argument + 1, name) == 0);
 }
 
-/// Whether the option, which takes a value, chooses what to load for the display.
-bool choosesDisplay(const char *argument)
+/// How many arguments, from this one on, choose what to load for the display.
+int choosingDisplay(const char *argument)
 {
-    return isOption(argument, "-platform") || isOption(argument, "-platformtheme") || isOption(argument, "-style");
+    const char *single = argument[0] == '-' && argument[1] == '-' ? argument + 1 : argument;
+    if (std::strncmp(single, "-style=", 7) == 0)
+        return 1;
+    const bool hasValue
+        = isOption(argument, "-platform") || isOption(argument, "-platformtheme") || isOption(argument, "-style");
+    return hasValue ? 2 : 0;
 }
 
 } // namespace
@@ -83,8 +96,9 @@ DisplaySetup::DisplaySetup(int argc, char **argv, Options options)
     const bool displaySet = !qEnvironmentVariableIsEmpty("DISPLAY");
     displayNamed = displaySet || platformNamed || !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
     for (int i = 0; i < argc; ++i) {
-        if (i > 0 && options.headless && choosesDisplay(argv[i])) {
-            ++i;
+        const int skipped = i > 0 && options.headless ? choosingDisplay(argv[i]) : 0;
+        if (skipped > 0) {
+            i += skipped - 1;
             continue;
         }
         platformNamed = platformNamed || (i > 0 && isOption(argv[i], "-platform"));
@@ -124,6 +138,9 @@ void DisplaySetup::opened()
 {
     if (!m_guarding)
         return;
+    // Some platforms only tell that there is no screen; the first window would then end in an abort.
+    if (QGuiApplication::screens().isEmpty())
+        fail(QStringLiteral("no screens available"));
     withheld.reset();
     qInstallMessageHandler(filteringHandler);
     if (!firstComplaint.isEmpty())

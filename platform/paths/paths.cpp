@@ -43,7 +43,8 @@ bool Paths::isWritable(const std::string &path)
         return false;
     std::string folder = path;
     do {
-        folder.resize(std::max(folder.find_last_of('/'), std::string::size_type{1}));
-    } while (folder != "/" && !isPermitted(folder, F_OK) && errno == ENOENT);
+        const std::string::size_type slash = folder.find_last_of('/');
+        folder = slash == std::string::npos ? "." : folder.substr(0, std::max(slash, std::string::size_type{1}));
+    } while (folder != "/" && folder != "." && !isPermitted(folder, F_OK) && errno == ENOENT);
     return isPermitted(folder, W_OK | X_OK);
 }
