@@ -69,9 +69,10 @@ DhcpApp::DhcpApp(bool update, bool all, QObject *parent)
 
 DhcpApp::~DhcpApp()
 {
-    // The window and its table point at the records until they are gone.
-    connect(window, &QObject::destroyed, [records = options] { qDeleteAll(records); });
     window->deleteLater();
+    // Behind it, since its table points at them until it is gone.
+    for (DhcpOption *option : qAsConst(options))
+        option->deleteLater();
     options.clear();
 }
 

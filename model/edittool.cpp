@@ -12,8 +12,8 @@ constexpr char ToolPath[] = "/usr/sbin/kiro-dhclient-edit";
 constexpr char ClientConfiguration[] = "/etc/dhcp/dhclient.conf";
 constexpr int PatienceMsecs = 2000;
 
-/// Keeps the object from killing a run that is still under way, half way through its edit, when it is deleted,
-/// and from grumbling about it on standard error.
+/// Makes the object take its run for ended, so that its deletion neither kills the tool half way through its
+/// edit nor grumbles about it on standard error.
 void letGo(QProcess *process)
 {
     struct Opened : QProcess
@@ -38,8 +38,13 @@ void EditTool::run(const QStringList &arguments, QObject *owner)
     process->setStandardOutputFile(QProcess::nullDevice());
     process->setStandardErrorFile(QProcess::nullDevice());
     process->start(Paths::resolved(ToolPath), arguments, QIODevice::ReadWrite);
-    if (!process->waitForFinished(PatienceMsecs))
-        letGo(process);
+    process->waitForFinished(PatienceMsecs);
+    if (process->state() != QProcess::NotRunning) {
+        QObject::connect(process, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), process,
+                         &QObject::deleteLater);
+        QObject::connect(owner, &QObject::destroyed, process, [process] { letGo(process); });
+        return;
+    }
     process->deleteLater();
     // In an update run there is no event loop that would do it before the end.
     QCoreApplication::sendPostedEvents(process, QEvent::DeferredDelete);

@@ -11,8 +11,8 @@ namespace EditTool {
 /// Whether a tool that is started from here has the right to write the client's configuration.
 bool mayEdit();
 
-/// Starts the tool and waits until it has ended, 2 s at most; a slower one finishes its edit on its own. The
-/// process object is `owner`'s child while it lives.
+/// Starts the tool and waits until it has ended, 2 s at most; a slower one finishes its edit on its own, also
+/// when `owner`, whose child the process object is, goes before.
 void run(const QStringList &arguments, QObject *owner);
 
 } // namespace EditTool

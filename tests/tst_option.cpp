@@ -264,8 +264,12 @@ private slots:
         option->applyToClient(true);
         QVERIFY(timer.elapsed() >= 1900 && timer.elapsed() < 2900);
         QCOMPARE(m_root.recorded(), QStringList());
-        option.reset();
         QTRY_COMPARE(m_root.recorded().count(), 1); // it was left to finish
+        QTRY_VERIFY(option->children().isEmpty()); // and waited for
+        m_root.forgetRecorded();
+        option->applyToClient(true);
+        option.reset();
+        QTRY_COMPARE(m_root.recorded().count(), 1);
     }
 
 private:
