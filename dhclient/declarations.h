@@ -17,12 +17,6 @@ struct NewOption
     OptionType type;
 };
 
-/// Why a command can't be carried out; thrown.
-struct Refusal
-{
-    std::string reason;
-};
-
 /// Leaves exactly one declaration of the option, with this code and type, before its first use. One that stands
 /// in a good place stays there and changes only in what differs. Throws Refusal.
 void declareOnce(Draft &draft, const NewOption &wanted);

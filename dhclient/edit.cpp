@@ -25,14 +25,6 @@ struct Wish
     bool requestIsLater = false; ///< than the last command that takes a declaration away
 };
 
-std::string quoted(std::string_view text)
-{
-    std::string result = "\"";
-    for (const char c : text)
-        result += c >= ' ' && c < '\x7f' ? c : '?';
-    return result + '"';
-}
-
 bool isBlank(char c)
 {
     return c == ' ' || c == '\t';
@@ -48,21 +40,21 @@ std::string_view firstWord(std::string_view &text)
     return word;
 }
 
-std::string readName(std::string_view text)
+std::string readName(std::string_view text, bool mayBeNumber)
 {
     std::string id = parseName(text);
     // "option space" starts another statement.
-    if (id.empty() || id == "space")
+    if (id.empty() || id == "space" || (isReadAsNumber(id) && !mayBeNumber))
         throw Refusal{quoted(text) + " is no option name"};
     return id;
 }
 
-NewOption readNewOption(std::string_view text)
+NewOption readNewOption(std::string_view text, bool mayBeNumber)
 {
     const std::string whole = quoted(text);
     NewOption result;
     result.name = firstWord(text);
-    result.id = readName(result.name);
+    result.id = readName(result.name, mayBeNumber);
     const std::string_view code = firstWord(text);
     const bool digits = !code.empty() && code.size() <= 3 && code.front() != '0'
         && code.find_first_not_of("0123456789") == std::string_view::npos;
@@ -112,11 +104,13 @@ std::vector<Wish> gather(const std::vector<Command> &commands)
     for (const Command &command : commands) {
         std::optional<NewOption> newOption;
         std::string name = command.argument;
+        // What is to go may be called as it likes.
+        const bool goes = command.kind == Command::DelRequest || command.kind == Command::DelNewOption;
         if (command.kind == Command::AddNewOption || command.kind == Command::DelNewOption) {
-            newOption = readNewOption(command.argument);
+            newOption = readNewOption(command.argument, goes);
             name = newOption->name;
         }
-        const std::string id = newOption ? newOption->id : readName(name);
+        const std::string id = newOption ? newOption->id : readName(name, goes);
         auto wish = std::find_if(wishes.begin(), wishes.end(), [&id](const Wish &other) { return other.id == id; });
         if (wish == wishes.end()) {
             wishes.emplace_back();
@@ -236,11 +230,14 @@ void noteSharedCodes(Draft &draft, const std::vector<Wish> &wishes)
     }
 }
 
-void judge(const std::vector<Violation> &before, const Reading &after, const std::vector<Wish> &wishes, Result &result)
+void judge(const std::vector<Violation> &before, const std::string &fixedList, const Reading &after,
+           const std::vector<Wish> &wishes, Result &result)
 {
     for (const Wish &wish : wishes) {
         if (wish.request && wish.requestIsLater && !after.knows(wish.id))
             throw Refusal{"cannot request \"" + wish.name + "\": neither the client nor the file knows such an option"};
+        if ((wish.request || wish.noRequest) && !fixedList.empty())
+            throw Refusal{fixedList};
     }
     if (after.violations().empty())
         return;
@@ -257,6 +254,14 @@ void judge(const std::vector<Violation> &before, const Reading &after, const std
 
 } // namespace
 
+std::string quoted(std::string_view text)
+{
+    std::string result = "\"";
+    for (const char c : text)
+        result += c >= ' ' && c < '\x7f' ? c : '?';
+    return result + '"';
+}
+
 Result edit(std::string_view text, const std::vector<Command> &commands, const Reader &reader)
 {
     Result result;
@@ -264,12 +269,15 @@ Result edit(std::string_view text, const std::vector<Command> &commands, const R
         const std::vector<Wish> wishes = gather(commands);
         Draft draft(text, reader);
         const std::vector<Violation> before = draft.reading().violations();
+        std::string fixedList = draft.reading().fixedList();
         // Declarations go before uses, so all uses come first.
         changeRequests(draft, wishes);
         for (const Wish &wish : wishes)
             changeDeclarations(draft, wish);
         const Reading &after = draft.reading();
-        judge(before, after, wishes, result);
+        if (fixedList.empty())
+            fixedList = after.fixedList();
+        judge(before, fixedList, after, wishes, result);
         if (result.status != Result::Done)
             return result;
         noteSharedCodes(draft, wishes);

@@ -33,6 +33,9 @@ struct Result
     std::vector<std::string> notes; ///< lines that the user should see, when Done
 };
 
+/// An argument as a line on a terminal can tell it: between quotes, "?" for all that is not printable ASCII.
+std::string quoted(std::string_view text);
+
 /// Carries the commands out, in order, on the text of a dhclient.conf; a pure function but for what `reader`
 /// reads. Only the end is judged: the client takes the new text as a whole, and asks for exactly what is meant.
 Result edit(std::string_view text, const std::vector<Command> &commands, const Reader &reader);

@@ -144,6 +144,17 @@ bool isKnownSpace(std::string_view space)
     return std::binary_search(std::begin(Spaces), std::end(Spaces), space);
 }
 
+bool canBeEncapsulated(std::string_view space)
+{
+    return !isKnownSpace(space) || space == "client" || space == "dhcp6";
+}
+
+bool isReadAsNumber(std::string_view id)
+{
+    constexpr std::string_view Prefix = "unknown-";
+    return id.substr(id.find('.') + 1).substr(0, Prefix.size()) == Prefix; // npos + 1 is 0
+}
+
 bool isNumberedOption(std::string_view id)
 {
     const std::size_t dot = id.find('.');

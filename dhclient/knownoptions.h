@@ -17,7 +17,12 @@ constexpr std::string_view BuiltInRequests[] = {
 
 bool isKnownOption(std::string_view id);
 bool isKnownSpace(std::string_view space);
+/// Whether the client can have the values of that space inside an option; another one ends it when it reads the
+/// declaration, or when it first sends something (each asked of the client itself).
+bool canBeEncapsulated(std::string_view space);
 
+/// Whether the client takes the name for one by number, sound or not, before it looks for an option of that name.
+bool isReadAsNumber(std::string_view id);
 /// Names like "unknown-228", which the client takes in a list for whatever option has that code, and leaves out
 /// of what it sends while none has.
 bool isNumberedOption(std::string_view id);

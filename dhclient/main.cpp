@@ -130,7 +130,7 @@ int main(int argc, char *argv[])
             commands.push_back({kind, argv[i]});
         }
         if (!found)
-            return complain("unknown argument \"" + std::string(argument) + "\", see --help", 2);
+            return complain("unknown argument " + quoted(argument) + ", see --help", 2);
     }
     return run(commands);
 }

@@ -27,7 +27,7 @@ bool names(const Statement &statement, const std::string &id)
 Reading::Reading(std::string_view text, const Reader &reader)
     : m_text(text), m_reader(reader), m_statements(parse(text))
 {
-    Context everywhere;
+    Context everywhere{};
     std::size_t index = 0;
     for (const std::string_view id : BuiltInRequests)
         everywhere.entries.push_back({id, nullptr, index++, false});
@@ -59,6 +59,7 @@ void Reading::read(const std::vector<Statement> &statements, std::size_t *contex
             break;
         case Statement::Space:
             // A space declared once more is a new one, without the options of the old (measured).
+            m_encapsulated.erase(statement.word);
             if (!m_spaces.insert(statement.word).second) {
                 const std::string prefix = statement.word + '.';
                 for (auto name = m_declared.lower_bound(prefix);
@@ -75,6 +76,7 @@ void Reading::read(const std::vector<Statement> &statements, std::size_t *contex
             break;
         }
         case Statement::Other:
+            checkSent(statement, file);
             break;
         }
     }
@@ -90,9 +92,11 @@ std::size_t Reading::enter(const Statement &block, std::size_t outer, bool forei
         }
     }
     if (found == m_contexts.size()) {
-        Context copy;
+        Context copy{};
         copy.interface = block.pseudo ? "pseudo " + block.word : block.word;
+        copy.isPseudo = block.pseudo;
         copy.entries = m_contexts[outer].entries;
+        copy.include = foreign ? m_include : nullptr;
         m_contexts.push_back(std::move(copy));
     }
     if (!foreign)
@@ -208,9 +212,28 @@ void Reading::checkDeclaration(const Statement &declaration, const std::string &
     };
     if (dot != std::string::npos)
         want(id.substr(0, dot));
-    if (!declaration.encapsulated.empty())
-        want(declaration.encapsulated);
-    m_declared[id] = &declaration;
+    if (const std::string &space = declaration.encapsulated; !space.empty()) {
+        want(space);
+        // The client ends when it reads such a declaration (measured).
+        if (!canBeEncapsulated(space) || !m_encapsulated.insert(space).second)
+            m_violations.push_back({file, declaration.line, id, "the client cannot encapsulate \"" + space + "\" here",
+                                    false});
+    }
+    if (!isReadAsNumber(id))
+        m_declared[id] = &declaration;
+}
+
+// What a send statement gives the client wins over the list that it would make (measured); not what the other
+// statements give, nor a send statement under a condition.
+void Reading::checkSent(const Statement &statement, const std::string &file)
+{
+    constexpr int ParameterRequestList = 55;
+    if (!statement.send || statement.uses.empty() || !m_fixedList.empty())
+        return;
+    const std::string &id = statement.uses.front().id;
+    if (code(id) == ParameterRequestList || numberedCode(id) == ParameterRequestList)
+        m_fixedList = (file.empty() ? std::string() : "in the included \"" + file + "\": ") + "line "
+            + std::to_string(statement.line) + " sends a list of its own, whatever is requested";
 }
 
 std::vector<std::size_t> Reading::declarations(const std::string &id) const

@@ -33,8 +33,10 @@ struct Entry
 struct Context
 {
     std::string interface;                ///< with its quotes; empty for all interfaces without a block
+    bool isPseudo;                        ///< whose one block is not reached by another
     std::vector<const Statement *> blocks; ///< of the edited file; empty for all interfaces without a block
     std::vector<Entry> entries;
+    const Statement *include; ///< the edited file's include statement that brought its first block, null if none did
 };
 
 /// Why a file as it stands doesn't mean what it says.
@@ -75,6 +77,8 @@ public:
     /// The one of a foreign entry's list.
     const Foreign &foreign(const Entry &entry) const;
     const std::vector<Violation> &violations() const { return m_violations; }
+    /// What fixes the list that the client sends, whatever is requested: a line for people; empty if nothing does.
+    const std::string &fixedList() const { return m_fixedList; }
     /// Included files that can't be read: the client goes on without them (measured).
     const std::vector<std::string> &missing() const { return m_missing; }
 
@@ -101,6 +105,7 @@ private:
     void check(const Name &name, const std::string &file, bool request);
     std::string format(const std::string &id) const;
     void checkDeclaration(const Statement &declaration, const std::string &file);
+    void checkSent(const Statement &statement, const std::string &file);
     std::size_t enter(const Statement &block, std::size_t outer, bool foreign);
 
     std::string_view m_text;
@@ -114,8 +119,16 @@ private:
     std::vector<std::string> m_missing;
     std::map<std::string_view, const Statement *> m_declared; ///< the last declaration of each
     std::set<std::string> m_spaces;
+    std::set<std::string> m_encapsulated; ///< spaces, since each was last declared
+    std::string m_fixedList;
     std::size_t m_anchor = 0;
     const Statement *m_include = nullptr;
+};
+
+/// Why a command can't be carried out; thrown.
+struct Refusal
+{
+    std::string reason;
 };
 
 /// A text in the course of its edits, read anew only after it changed.

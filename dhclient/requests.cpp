@@ -9,6 +9,9 @@ namespace DhclientConf {
 
 namespace {
 
+// Far more than a file's lists and blocks need: no text is to keep the tool busy for ever.
+constexpr int MostSteps = 1000;
+
 /// Where a name goes: into a list, or into a new "also request" statement.
 struct Target
 {
@@ -57,12 +60,26 @@ std::string addToFile(const Reading &reading, const std::string &name, std::size
 
 std::string addToBlocks(const Reading &reading, const Context &context, const std::string &name)
 {
+    // An included block of the same interface may set the list anew behind some of the file's own.
+    const auto index = static_cast<std::size_t>(&context - reading.contexts().data());
+    const Statement *const statements = reading.statements().data();
+    auto from = static_cast<std::size_t>(context.include ? context.include - statements : 0);
+    for (const Foreign &foreign : reading.foreign()) {
+        if (foreign.context == index && isList(*foreign.statement) && !foreign.statement->also)
+            from = std::max(from, foreign.anchor);
+    }
+    const Statement *const first = statements + from;
+    const std::string added = "also request " + name + ';';
+    if (context.blocks.empty() || context.blocks.back() < first)
+        return withBehind(reading.text(), *first, "interface " + context.interface + " { " + added + " }");
     Target place;
-    for (const Statement *block : context.blocks)
-        place = target(reading, block->body, place, 0);
+    for (const Statement *block : context.blocks) {
+        if (block >= first)
+            place = target(reading, block->body, place, 0);
+    }
     if (place.list)
         return withName(reading.text(), *place.list, name);
-    return withInBlock(reading.text(), *context.blocks.back(), "also request " + name + ';');
+    return withInBlock(reading.text(), *context.blocks.back(), added);
 }
 
 bool holds(const Context &context, const Entry &wanted)
@@ -124,8 +141,8 @@ std::string withoutOthers(std::string_view text, const std::vector<const Entry *
     return withoutNames(text, list, indices.empty() ? std::vector<std::size_t>{entries.front()->index} : indices);
 }
 
-// Behind the include that still brings the option into a list, that list without it; nothing if there is none,
-// or if the included file has interface blocks of its own, which no statement of this file reaches.
+// Behind the include that still brings the option into a list, that list without it; nothing if there is none, or
+// if it is a pseudo interface's, whose included block no statement of this file reaches.
 std::optional<std::string> withListBehindInclude(const Reading &reading, const Option &option)
 {
     const std::vector<Statement> &statements = reading.statements();
@@ -135,7 +152,9 @@ std::optional<std::string> withListBehindInclude(const Reading &reading, const O
                 continue;
             const Foreign &foreign = reading.foreign(*entry);
             const bool topLevel = foreign.include == &statements[foreign.anchor];
-            if (topLevel && foreign.context != 0)
+            // Then only another block of the interface reaches its list.
+            const bool inBlock = topLevel && (foreign.context != 0 || context.include == foreign.include);
+            if (inBlock && context.isPseudo)
                 break;
             std::vector<std::string> others;
             for (const Entry &other : context.entries) {
@@ -145,8 +164,9 @@ std::optional<std::string> withListBehindInclude(const Reading &reading, const O
                 if (place <= foreign.include->begin && !option.isNamed(other.id))
                     others.emplace_back(other.id);
             }
+            const std::string list = listStatement("request", others, lineEnd(reading.text()));
             return withBehind(reading.text(), *foreign.include,
-                              listStatement("request", others, lineEnd(reading.text())));
+                              inBlock ? "interface " + context.interface + " { " + list + " }" : list);
         }
     }
     return std::nullopt;
@@ -156,7 +176,9 @@ std::optional<std::string> withListBehindInclude(const Reading &reading, const O
 
 void requestOnce(Draft &draft, const std::string &id, const std::string &name, int declared)
 {
-    for (;;) {
+    for (int step = 0;; ++step) {
+        if (step == MostSteps)
+            throw Refusal{"found no way to request \"" + name + "\" once"};
         const Reading &reading = draft.reading();
         const std::size_t from = knownFrom(reading, id, declared != 0);
         const Option option{id, declared != 0 ? declared : reading.code(id)};
@@ -190,11 +212,11 @@ void requestOnce(Draft &draft, const std::string &id, const std::string &name, i
                                    + (everywhere ? "" : " for interface " + context.interface));
             else if (entries.empty() && everywhere)
                 next = addToFile(reading, name, from);
-            else if (entries.empty() && !context.blocks.empty())
+            else if (entries.empty() && !(context.isPseudo && context.blocks.empty()))
                 next = addToBlocks(reading, context, name);
             else if (entries.empty())
-                hopeless.push_back("an included file alone says what interface " + context.interface
-                                   + " requests, without \"" + name + "\"");
+                hopeless.push_back("an included file alone says what " + context.interface + " requests, without \""
+                                   + name + "\"");
             if (next)
                 break;
         }
@@ -221,8 +243,11 @@ void requestNowhere(Draft &draft, const std::string &id)
     const int code = draft.reading().code(id);
     const Option option{id, code};
     unlist(draft, id, code, Lists::Both);
-    while (std::optional<std::string> next = withListBehindInclude(draft.reading(), option))
+    for (int step = 0; std::optional<std::string> next = withListBehindInclude(draft.reading(), option); ++step) {
+        if (step == MostSteps)
+            throw Refusal{"found no way to request \"" + id + "\" no more"};
         draft.change(std::move(*next));
+    }
     const Reading &reading = draft.reading();
     const auto note = [&](const Foreign &foreign) {
         draft.note("the included file \"" + foreign.path + "\" still lists \"" + id + "\"");

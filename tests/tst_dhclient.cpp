@@ -25,6 +25,8 @@ std::optional<std::string> included(const std::string &path)
         return "request routers, ntp-servers;";
     if (path == "/outer.conf")
         return "include \"/inner.conf\"; interface \"e0\" { request routers; }";
+    if (path == "/copies.conf")
+        return "request ntp-servers, routers; interface \"e0\" { }";
     if (path == "/inner.conf")
         return "require routers;";
     if (path == "/declares.conf")
@@ -147,7 +149,9 @@ private slots:
             "--add-new-option foo -1 text", "--add-new-option foo 0x10 text", "--add-new-option foo 010 text",
             "--add-new-option foo 4294967496 text", "--add-new-option foo 200 text; request routers",
             "--add-new-option foo 200 text # x", "--add-new-option foo 200 text }", "--add-new-option space 200 text",
-            "--add-new-option sp.x 200 text", "--del-new-option foo 300 text", "--del-new-option foo 200 nothing"};
+            "--add-new-option sp.x 200 text", "--del-new-option foo 300 text", "--del-new-option foo 200 nothing",
+            "--add-new-option foo 200 encapsulate dhcp", "--add-new-option foo 200 encapsulate fqdn",
+            "--add-new-option unknown-200 200 text", "--add-new-option fqdn.unknown-x 200 text"};
         for (const char *command : commands)
             QTest::newRow(QByteArray(command).simplified().constData()) << QByteArray(command);
     }
@@ -177,6 +181,7 @@ private slots:
         row("\n\ninterface \"e0\" {\n timeout 3;\n", 4);
         row("}\n", 1);
         row("request routers;;\n", 1);
+        row("option space foo hash size 99999999999;\n", 1); // the client would not end
         row("interface \"e0\" { };\n", 1);
         row("\nsend host-name \"x;\nrequest routers;\n", 2);
         row("send host-name \"\\12\";\n", 1);
@@ -276,6 +281,8 @@ private:
 
     static std::vector<Row> rows()
     {
+        static const QByteArray longest = "{ " + QByteArray("array of boolean, ").repeated(63) + "boolean, text }";
+        static const QByteArray tooLong = "{ " + QByteArray("array of boolean, ").repeated(64) + "text }";
         return {{"boolean", true}, {"integer 8", true}, {"signed integer 16", true}, {"UNSIGNED integer 32", true},
                 {"ip-address", true}, {"ip6-address", true}, {"text", true}, {"string", true}, {"domain-name", true},
                 {"domain-list", true}, {"domain-list compressed", true}, {"encapsulate sp", true},
@@ -288,7 +295,8 @@ private:
                 {"array of encapsulate sp", false}, {"{ }", false}, {"{ text, boolean }", false},
                 {"{ ip-address, }", false}, {"{ ip-address integer 8 }", false}, {"{ { text } }", false},
                 {"array of { ip-address, text }", false}, {"array of { array of boolean }", false},
-                {"{ array of { ip-address } }", false}, {"{ encapsulate sp, text }", false}, {"text text", false}};
+                {"{ array of { ip-address } }", false}, {"{ encapsulate sp, text }", false}, {"text text", false},
+                {longest.constData(), true}, {tooLong.constData(), false}};
     }
 };
 

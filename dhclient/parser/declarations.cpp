@@ -4,6 +4,11 @@ namespace DhclientConf {
 
 namespace {
 
+// The client writes a record down in so many letters, and then forgets the option (measured).
+constexpr std::size_t LongestRecord = 128;
+// For its values it takes memory ahead, and more than it has ends it. Its own spaces are far below.
+constexpr std::size_t LongestHashSize = 5;
+
 // Names are compared as the client compares them: without case, and "dhcp" is the space of names without one.
 void setId(Name &name, std::string_view space, std::string_view word)
 {
@@ -98,6 +103,8 @@ void Parser::spaceDeclaration(Statement &result)
         std::string_view allowed; // any number, if empty
         if (take("hash")) {
             want("size");
+            if (m_token.text.size() > LongestHashSize)
+                refuse("a larger table than the client can hold");
         } else if (take("code")) {
             allowed = "124";
             want("width");
@@ -154,9 +161,12 @@ void Parser::record(OptionType &type, bool inArray)
 {
     advance();
     append(type.text, "{");
+    std::size_t letters = 0;
     for (;;) {
         const bool array = takeArray(type, inArray);
-        atom(type, inArray || array, false);
+        letters += (array ? 1 : 0) + atom(type, inArray || array, false);
+        if (letters > LongestRecord)
+            refuse("a record of too many parts");
         if (!takeSign(','))
             break;
         type.text += ',';
@@ -165,13 +175,14 @@ void Parser::record(OptionType &type, bool inArray)
     append(type.text, "}");
 }
 
-void Parser::atom(OptionType &type, bool inArray, bool last)
+// In how many letters the client writes it down.
+std::size_t Parser::atom(OptionType &type, bool inArray, bool last)
 {
     const std::string word = lower(m_token.text);
     want(Token::Word, "a type");
     append(type.text, word);
     if (word == "boolean" || word == "ip-address" || word == "ip6-address")
-        return;
+        return 1;
     const bool sign = word == "signed" || word == "unsigned";
     if (sign) {
         want("integer");
@@ -183,15 +194,19 @@ void Parser::atom(OptionType &type, bool inArray, bool last)
             refuse("\"8\", \"16\" or \"32\" expected");
         append(type.text, width);
         advance();
-        return;
+        return 1;
     }
+    std::size_t letters = 1;
     if (word == "encapsulate") {
         type.encapsulated = lower(m_token.text);
         append(type.text, m_token.text);
+        letters = type.encapsulated.size() + 2;
         want(Token::Word, "the name of an option space");
     } else if (word == "domain-list") {
-        if (take("compressed"))
+        if (take("compressed")) {
             append(type.text, "compressed");
+            letters = 2;
+        }
     } else if (word != "text" && word != "string" && word != "domain-name") {
         throw SyntaxError{m_endLine, "no type is called \"" + word + "\""};
     }
@@ -199,6 +214,7 @@ void Parser::atom(OptionType &type, bool inArray, bool last)
         refuse("an array of " + word);
     if (!last && !m_token.isSign('}'))
         refuse("\"}\" expected: " + word + " ends a record");
+    return letters;
 }
 
 } // namespace DhclientConf

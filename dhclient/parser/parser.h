@@ -45,7 +45,7 @@ private:
     // declarations.cpp
     void option(Statement &result, Scope scope);
     void spaceDeclaration(Statement &result);
-    void atom(OptionType &type, bool inArray, bool last);
+    std::size_t atom(OptionType &type, bool inArray, bool last);
     bool takeArray(OptionType &type, bool inArray);
     void atomOrArray(OptionType &type);
     void record(OptionType &type, bool inArray);

@@ -121,10 +121,12 @@ Statement Parser::statement(Scope scope)
         lease();
     } else if (scope == File && take("key")) {
         key();
-    } else if (!keywordStatement(scope) && !executable()) {
-        refuse(m_token.isSign('}') ? "a \"}\" without its \"{\""
-               : m_token.isSign(';') ? "a \";\" without a statement"
-                                     : "no statement starts with \"" + std::string(m_token.text) + "\"");
+    } else {
+        result.send = m_token.isWord("send");
+        if (!keywordStatement(scope) && !executable())
+            refuse(m_token.isSign('}') ? "a \"}\" without its \"{\""
+                   : m_token.isSign(';') ? "a \";\" without a statement"
+                                         : "no statement starts with \"" + std::string(m_token.text) + "\"");
     }
     result.end = m_end;
     m_uses = outerUses;

@@ -42,6 +42,7 @@ struct Statement
     Kind kind = Other;
     bool also = false;
     bool pseudo = false;
+    bool send = false; ///< a send statement: the client gives the server the option that it uses first
     int line = 0;
     std::size_t begin = 0; ///< of its first token
     std::size_t end = 0;   ///< behind its last token, the ";" or "}"

@@ -25,6 +25,10 @@ std::optional<std::string> included(const std::string &path)
         return "option inc code 191 = text; also request inc, routers; supersede bar \"x\";";
     if (path == "/e")
         return "interface \"e0\" { also request routers; }";
+    if (path == "/b")
+        return "interface \"e0\" { request routers; }";
+    if (path == "/c")
+        return "request ntp-servers, routers; interface \"e0\" { }";
     return std::nullopt;
 }
 
@@ -52,7 +56,8 @@ std::string tokens(std::string_view text)
     return result;
 }
 
-// All statements but request lists (judged by what they come to) and the named options' declarations.
+// All statements but request lists and the blocks around them (judged by what they come to) and the named options'
+// declarations.
 void normalise(std::string_view text, const std::vector<Statement> &statements,
                const std::set<std::string, std::less<>> &named, std::vector<std::string> &result)
 {
@@ -61,8 +66,12 @@ void normalise(std::string_view text, const std::vector<Statement> &statements,
             || (statement.kind == Statement::Declaration && named.count(statement.names.front().id)))
             continue;
         if (statement.kind == Statement::Block) {
+            std::vector<std::string> body;
+            normalise(text, statement.body, named, body);
+            if (body.empty() && !statement.pseudo)
+                continue; // one for a list only
             result.push_back((statement.pseudo ? "pseudo " : "block ") + statement.word);
-            normalise(text, statement.body, named, result);
+            result.insert(result.end(), body.begin(), body.end());
             result.emplace_back("end");
         } else if (statement.kind == Statement::Require) {
             std::string list = statement.also ? "also require" : "require";

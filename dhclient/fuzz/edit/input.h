@@ -102,7 +102,7 @@ private:
         else if (choice < 20)
             add("pseudo \"p\" \"e0\" { also request @; }");
         else if (choice < 22 && !m_inBlock)
-            m_text.append("include \"/").append(1, "rdae"[next() % 4]).append("\";");
+            m_text.append("include \"/").append(1, "rdaebc"[next() % 6]).append("\";");
         else
             m_text += "timeout 5;";
         m_text += ends[next() % std::size(ends)];
