@@ -126,6 +126,23 @@ private slots:
         QCOMPARE(files(interfaceFolder("eth0")).value(u("a")), QByteArray("new_a='4'\n"));
     }
 
+    // Two clients bind at nearly the same time, and the later one's hook is the first to end the other.
+    void endedClient()
+    {
+        QByteArray ended;
+        {
+            const StandIn other("dhclient", {u("-v")});
+            ended = other.pid();
+        }
+        auto owner = std::make_unique<StandIn>("dhclient", QStringList(u("-v")));
+        run("BOUND", "eth0", owner->pid(), {{"new_a", "1"}});
+        run("BOUND", "eth0", ended, {{"new_a", "2"}});
+        QCOMPARE(files(interfaceFolder("eth0")).value(u("a")), QByteArray("new_a='1'\n"));
+        owner.reset();
+        run("BOUND", "eth0", ended, {{"new_a", "3"}});
+        QCOMPARE(files(interfaceFolder("eth0")).value(u("a")), QByteArray("new_a='3'\n"));
+    }
+
     void earlierClient_data()
     {
         QTest::addColumn<QByteArray>("name");
@@ -219,6 +236,10 @@ private slots:
         const StandIn fresh;
         run("BOUND", "eth0", fresh.pid(), {});
         QVERIFY(earlier.state() == QProcess::Running && !earlier.waitForFinished(50));
+        // Its interface of that name is not ours.
+        run("BOUND", "eth1", QByteArray::number(earlier.processId()), {{"new_a", "theirs"}});
+        run("BOUND", "eth1", fresh.pid(), {{"new_a", "ours"}});
+        QCOMPARE(files(interfaceFolder("eth1")).value(u("a")), QByteArray("new_a='theirs'\n"));
         earlier.kill();
         earlier.waitForFinished();
     }

@@ -98,7 +98,7 @@ Bindings::Binding &Bindings::take(const std::string &interface)
             const std::string previous = m_directory + "/" + guest.folder;
             guest.folder = isFree(other) ? other : std::string();
             if (!guest.folder.empty())
-                ValueFolder::move(previous, m_directory + "/" + guest.folder);
+                m_moves.emplace_back(previous, m_directory + "/" + guest.folder);
         }
         binding.folder = interface;
     } else {
@@ -141,6 +141,11 @@ bool Bindings::save()
             clients += binding.interface + (binding.isBound ? " bound " : " lost ") + binding.owner.toString()
                 + "\n";
     }
-    return (folders == m_storedFolders || Files::replace(m_descriptor, FoldersFile, folders))
-        && (clients == m_storedClients || Files::replace(m_descriptor, ClientsFile, clients));
+    if ((folders != m_storedFolders && !Files::replace(m_descriptor, FoldersFile, folders))
+        || (clients != m_storedClients && !Files::replace(m_descriptor, ClientsFile, clients)))
+        return false;
+    for (const auto &[from, to] : m_moves)
+        ValueFolder::move(from, to);
+    m_moves.clear();
+    return true;
 }

@@ -4,6 +4,7 @@
 #include "client.h"
 
 #include <string>
+#include <utility>
 #include <vector>
 
 /// Which interface's values are in which of the two folders, and which client last bound each interface. Kept
@@ -36,7 +37,9 @@ public:
     /// The clients that hold a lease on an interface that is there.
     std::vector<Client> owners() const;
 
-    /// Writes the files where anything has changed.
+    /// Writes the files where anything has changed, and brings the values of guests that have to move. In this
+    /// order: values may be missing until the next lease when it is cut short, but never stay where nobody renews
+    /// them.
     bool save();
 
 private:
@@ -48,6 +51,7 @@ private:
     std::string m_storedFolders;
     std::string m_storedClients;
     std::vector<Binding> m_bindings;
+    std::vector<std::pair<std::string, std::string>> m_moves; ///< from one folder to the other
 };
 
 #endif

@@ -86,6 +86,11 @@ bool Client::isAlive() const
     return !isNobody() && running(m_pid) == *this;
 }
 
+bool Client::isInOurNetwork() const
+{
+    return Procfs::sharesNamespace(m_pid, "net");
+}
+
 bool Client::descendsFrom(pid_t ancestor) const
 {
     pid_t pid = m_pid;

@@ -18,6 +18,7 @@ public:
 
     bool isNobody() const { return m_identity.empty(); }
     bool isAlive() const;
+    bool isInOurNetwork() const;
     /// One word; "-" for nobody.
     std::string toString() const { return isNobody() ? "-" : m_identity; }
     bool operator==(const Client &other) const { return m_identity == other.m_identity; }
