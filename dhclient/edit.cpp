@@ -134,7 +134,8 @@ void changeRequests(Draft &draft, const std::vector<Wish> &wishes)
             unlist(draft, wish.id, draft.reading().code(wish.id), Lists::Require);
     }
     for (const Wish &wish : wishes) {
-        if (wish.request)
+        // One that will be unknown stays unrequested.
+        if (wish.request && (wish.declaration || draft.reading().knows(wish.id)))
             requestOnce(draft, wish.id, wish.name, wish.declaration ? std::stoi(wish.declaration->code) : 0);
     }
 }
