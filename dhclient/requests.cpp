@@ -210,6 +210,9 @@ void requestOnce(Draft &draft, const std::string &id, const std::string &name, i
             else if (entries.size() > 1)
                 hopeless.push_back("an included file requests \"" + name + "\" once more"
                                    + (everywhere ? "" : " for interface " + context.interface));
+            else if (entries.size() == 1 && entries.front()->foreign && option.isNumbered(entries.front()->id)
+                     && knownName(option.code).empty()) // not always sent, by where the declaration stands (measured)
+                hopeless.push_back("an included file requests \"" + name + "\" by number, which may go unheard");
             else if (entries.empty() && everywhere)
                 next = addToFile(reading, name, from);
             else if (entries.empty() && !(context.isPseudo && context.blocks.empty()))

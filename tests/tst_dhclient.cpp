@@ -25,6 +25,8 @@ std::optional<std::string> included(const std::string &path)
         return "request routers, ntp-servers;";
     if (path == "/outer.conf")
         return "include \"/inner.conf\"; interface \"e0\" { request routers; }";
+    if (path == "/number.conf")
+        return "also request unknown-200;";
     if (path == "/copies.conf")
         return "request ntp-servers, routers; interface \"e0\" { }";
     if (path == "/inner.conf")
