@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <iterator>
+#include <utility>
 
 namespace DhclientConf {
 
@@ -168,6 +170,9 @@ bool Parts::take(char letter)
 
 std::string formatOf(std::string_view type)
 {
+    static constexpr std::pair<std::string_view, char> Atoms[]
+        = {{"boolean", 'f'}, {"8", 'b'}, {"16", 's'}, {"32", 'l'}, {"ip-address", 'I'}, {"ip6-address", 'J'},
+           {"text", 't'}, {"string", 'X'}, {"encapsulate", 'X'}, {"domain-name", 'd'}, {"domain-list", 'D'}};
     std::string format;
     char array = '\0'; // the letter that an array puts behind its atom
     bool all = false;
@@ -181,26 +186,10 @@ std::string formatOf(std::string_view type)
         } else if (word == "{") {
             all = array != '\0';
             array = '\0';
-        } else if (word == "boolean") {
-            letter = 'f';
-        } else if (word == "8") {
-            letter = 'b';
-        } else if (word == "16") {
-            letter = 's';
-        } else if (word == "32") {
-            letter = 'l';
-        } else if (word == "ip-address") {
-            letter = 'I';
-        } else if (word == "ip6-address") {
-            letter = 'J';
-        } else if (word == "text") {
-            letter = 't';
-        } else if (word == "string" || word == "encapsulate") {
-            letter = 'X';
-        } else if (word == "domain-name") {
-            letter = 'd';
-        } else if (word == "domain-list") {
-            letter = 'D';
+        } else {
+            const auto atom = std::find_if(std::begin(Atoms), std::end(Atoms),
+                                           [word](const auto &known) { return known.first == word; });
+            letter = atom == std::end(Atoms) ? '\0' : atom->second;
         }
         if (letter == '\0')
             continue;

@@ -69,12 +69,14 @@ bool record(const LeaseEvent &event, const std::string &directory, int descripto
     Bindings bindings(directory, descriptor);
     const Client client = Client::running(event.pid);
     Bindings::Binding *binding = bindings.find(event.interface);
-    // One that has ended meanwhile took part in a race and lost it; one in another network has another interface of
-    // the same name.
-    const bool mayTakeOver
-        = event.kind == LeaseEvent::Kind::Bound && client.isAlive() && binding && binding->owner.isInOurNetwork();
-    if (binding && binding->owner != client && binding->owner.isAlive() && !mayTakeOver)
-        return false;
+    if (binding && binding->owner != client && binding->owner.isAlive()) {
+        // One that has ended meanwhile took part in a race and lost it; one in another network has another interface
+        // of the same name.
+        const bool takesOver = event.kind == LeaseEvent::Kind::Bound && client.isAlive()
+            && binding->owner.isInOurNetwork();
+        if (!takesOver)
+            return false;
+    }
 
     if (event.kind == LeaseEvent::Kind::Lost) {
         if (binding)

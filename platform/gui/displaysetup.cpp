@@ -79,12 +79,12 @@ bool isOption(const char *argument, const char *name)
 /// How many arguments, from this one on, choose what to load for the display.
 int choosingDisplay(const char *argument)
 {
-    const char *single = argument[0] == '-' && argument[1] == '-' ? argument + 1 : argument;
-    if (std::strncmp(single, "-style=", 7) == 0)
-        return 1;
-    const bool hasValue
-        = isOption(argument, "-platform") || isOption(argument, "-platformtheme") || isOption(argument, "-style");
-    return hasValue ? 2 : 0;
+    for (const char *name : {"-platform", "-platformtheme", "-style"}) {
+        if (isOption(argument, name))
+            return 2;
+    }
+    const QLatin1String text(argument);
+    return text.startsWith(QLatin1String("-style=")) || text.startsWith(QLatin1String("--style=")) ? 1 : 0;
 }
 
 } // namespace
