@@ -19,8 +19,10 @@ private slots:
     {
         QTest::addColumn<QByteArray>("passed"); // as the client passes it
         QTest::addColumn<QString>("shown");
-        const auto same
-            = [](const char *name, const char *text) { QTest::newRow(name) << QByteArray(text) << u(text); };
+        const auto row = [](const char *name, const char *passed, const char *shown) {
+            QTest::newRow(name) << QByteArray(passed) << u(shown);
+        };
+        const auto same = [&row](const char *name, const char *text) { row(name, text, text); };
         same("address list", "192.0.2.1 192.0.2.2");
         same("raw data", "0:1:ff:41");
         same("empty", "");
@@ -29,36 +31,27 @@ private slots:
         same("assignment", "a=b");
         same("path", "../../../../etc/passwd");
         same("unescaped UTF-8", "gr\xC3\xBC\xC3\x9F");
-        QTest::newRow("single quotes at both ends") << QByteArray("\\'a\\'") << u("'a'");
-        QTest::newRow("double quotes at both ends") << QByteArray("\\\"a\\\"") << u("\"a\"");
-        QTest::newRow("one quote") << QByteArray("\\'") << u("'");
-        QTest::newRow("command") << QByteArray(
-            "\\$(touch ran)\\`touch ran\\`\\';touch ran;\\' \\| touch ran \\& x")
-                                 << u("$(touch ran)`touch ran`';touch ran;' | touch ran & x");
-        QTest::newRow("unescaped command") << QByteArray("$(touch ran)`touch ran`';touch ran;'\"")
-                                           << u("$(touch ran)`touch ran`';touch ran;'\"");
-        QTest::newRow("backslash") << QByteArray("C:\\\\x\\\\012") << u("C:\\x\\012");
-        QTest::newRow("backslash at the end") << QByteArray("a\\") << u("a\\");
-        QTest::newRow("no escape of the client's") << QByteArray("\\q\\12\\777") << u("\\q\\12\\777");
-        QTest::newRow("two, three, four bytes")
-            << QByteArray("\\303\\244\\342\\202\\254\\360\\237\\230\\200") << u("\u00E4\u20AC\U0001F600");
-        QTest::newRow("line ends") << QByteArray("a\\012b\\015c") << u("a\\012b\\015c");
-        QTest::newRow("unescaped line ends")
-            << QByteArray("a\nnew_x='y'\r\n") << u("a\\012new_x='y'\\015\\012");
-        QTest::newRow("other line ends")
-            << QByteArray("\\302\\205\\342\\200\\250") << u("\\302\\205\\342\\200\\250");
-        QTest::newRow("tab, escape, delete, zero")
-            << QByteArray("\\011\\033[2J\\177\\000x") << u("\\011\\033[2J\\177\\000x");
-        QTest::newRow("direction") << QByteArray("\\342\\200\\256x\\342\\201\\246")
-                                   << u("\\342\\200\\256x\\342\\201\\246");
-        QTest::newRow("invisible") << QByteArray("\\357\\273\\277a\\342\\200\\213")
-                                   << u("\\357\\273\\277a\\342\\200\\213");
-        QTest::newRow("joiner") << QByteArray("\\342\\200\\214") << u("\u200C");
-        QTest::newRow("no UTF-8") << QByteArray("\\377a\\200\\303") << u("\\377a\\200\\303");
-        QTest::newRow("overlong") << QByteArray("\\300\\257\\340\\200\\257")
-                                  << u("\\300\\257\\340\\200\\257");
-        QTest::newRow("surrogate") << QByteArray("\\355\\240\\200") << u("\\355\\240\\200");
-        QTest::newRow("beyond Unicode") << QByteArray("\\364\\220\\200\\200") << u("\\364\\220\\200\\200");
+        row("single quotes at both ends", "\\'a\\'", "'a'");
+        row("double quotes at both ends", "\\\"a\\\"", "\"a\"");
+        row("one quote", "\\'", "'");
+        row("command", "\\$(touch ran)\\`touch ran\\`\\';touch ran;\\' \\| touch ran \\& x",
+            "$(touch ran)`touch ran`';touch ran;' | touch ran & x");
+        row("unescaped command", "$(touch ran)`touch ran`';touch ran;'\"", "$(touch ran)`touch ran`';touch ran;'\"");
+        row("backslash", "C:\\\\x\\\\012", "C:\\x\\012");
+        row("backslash at the end", "a\\", "a\\");
+        row("no escape of the client's", "\\q\\12\\777", "\\q\\12\\777");
+        row("two, three, four bytes", "\\303\\244\\342\\202\\254\\360\\237\\230\\200", "\u00E4\u20AC\U0001F600");
+        row("line ends", "a\\012b\\015c", "a\\012b\\015c");
+        row("unescaped line ends", "a\nnew_x='y'\r\n", "a\\012new_x='y'\\015\\012");
+        row("other line ends", "\\302\\205\\342\\200\\250", "\\302\\205\\342\\200\\250");
+        row("tab, escape, delete, zero", "\\011\\033[2J\\177\\000x", "\\011\\033[2J\\177\\000x");
+        row("direction", "\\342\\200\\256x\\342\\201\\246", "\\342\\200\\256x\\342\\201\\246");
+        row("invisible", "\\357\\273\\277a\\342\\200\\213", "\\357\\273\\277a\\342\\200\\213");
+        row("joiner", "\\342\\200\\214", "\u200C");
+        row("no UTF-8", "\\377a\\200\\303", "\\377a\\200\\303");
+        row("overlong", "\\300\\257\\340\\200\\257", "\\300\\257\\340\\200\\257");
+        row("surrogate", "\\355\\240\\200", "\\355\\240\\200");
+        row("beyond Unicode", "\\364\\220\\200\\200", "\\364\\220\\200\\200");
         QByteArray binary;
         for (int i = 0; i < 255; ++i)
             binary += '\\' + QByteArray::number(0200 + i % 0100, 8);
@@ -278,24 +271,20 @@ private slots:
     {
         QTest::addColumn<QByteArray>("command");
         QTest::addColumn<bool>("recorded");
-        QTest::newRow("folder is a file")
-            << QByteArray("mkdir -p var/lib/dhcp3; touch var/lib/dhcp3/vars") << false;
-        QTest::newRow("lock is a link")
-            << QByteArray("mkdir -p var/lib/dhcp3/vars; ln -s /x var/lib/dhcp3/vars/.lock") << false;
-        QTest::newRow("lock is a folder") << QByteArray("mkdir -p var/lib/dhcp3/vars/.lock") << false;
-        QTest::newRow("value is a folder") << QByteArray("mkdir -p var/lib/dhcp3/vars/eth0/a/b") << false;
-        QTest::newRow("value is a link") << QByteArray("mkdir -p var/lib/dhcp3/vars/eth0; touch safe; "
-                                                       "ln -s ../../../../../safe var/lib/dhcp3/vars/eth0/a")
-                                         << true;
-        QTest::newRow("value is a pipe") << QByteArray("mkdir -p var/lib/dhcp3/vars/eth0; "
-                                                       "mkfifo var/lib/dhcp3/vars/eth0/a")
-                                         << true;
-        QTest::newRow("half a file is left") << QByteArray("mkdir -p var/lib/dhcp3/vars/eth0; "
-                                                           "echo x >var/lib/dhcp3/vars/eth0/.unfinished")
-                                             << true;
-        QTest::newRow("value with other mode") << QByteArray("mkdir -p var/lib/dhcp3/vars/eth0; umask 077; "
-                                                             "echo \"new_a='1'\" >var/lib/dhcp3/vars/eth0/a")
-                                               << true;
+        const auto row = [](const char *name, const char *command, bool recorded) {
+            QTest::newRow(name) << QByteArray(command) << recorded;
+        };
+        row("folder is a file", "mkdir -p var/lib/dhcp3; touch var/lib/dhcp3/vars", false);
+        row("lock is a link", "mkdir -p var/lib/dhcp3/vars; ln -s /x var/lib/dhcp3/vars/.lock", false);
+        row("lock is a folder", "mkdir -p var/lib/dhcp3/vars/.lock", false);
+        row("value is a folder", "mkdir -p var/lib/dhcp3/vars/eth0/a/b", false);
+        row("value is a link",
+            "mkdir -p var/lib/dhcp3/vars/eth0; touch safe; ln -s ../../../../../safe var/lib/dhcp3/vars/eth0/a", true);
+        row("value is a pipe", "mkdir -p var/lib/dhcp3/vars/eth0; mkfifo var/lib/dhcp3/vars/eth0/a", true);
+        row("half a file is left",
+            "mkdir -p var/lib/dhcp3/vars/eth0; echo x >var/lib/dhcp3/vars/eth0/.unfinished", true);
+        row("value with other mode",
+            "mkdir -p var/lib/dhcp3/vars/eth0; umask 077; echo \"new_a='1'\" >var/lib/dhcp3/vars/eth0/a", true);
     }
 
     void obstacles()

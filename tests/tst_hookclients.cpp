@@ -146,40 +146,34 @@ private slots:
     void earlierClient_data()
     {
         QTest::addColumn<QByteArray>("name");
-        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QString>("arguments"); // separated by "|"
         QTest::addColumn<QByteArray>("reason");
         QTest::addColumn<bool>("ended");
-        const QStringList once(u("-1"));
-        const QByteArray dhclient("dhclient");
-        QTest::newRow("bound") << dhclient << once << QByteArray("BOUND") << true;
-        QTest::newRow("bound again") << dhclient << once << QByteArray("REBOOT") << true;
-        QTest::newRow("with its path")
-            << QByteArray("/usr/sbin/dhclient") << once << QByteArray("BOUND") << true;
-        QTest::newRow("lost") << dhclient << once << QByteArray("FAIL") << false;
-        QTest::newRow("starting") << dhclient << once << QByteArray("PREINIT") << false;
-        QTest::newRow("other arguments")
-            << dhclient << QStringList({u("-1"), u("-v")}) << QByteArray("BOUND") << false;
-        QTest::newRow("one argument with a blank")
-            << dhclient << QStringList(u("-1 ")) << QByteArray("BOUND") << false;
-        QTest::newRow("an empty argument more")
-            << dhclient << QStringList({u("-1"), QString()}) << QByteArray("BOUND") << false;
-        QTest::newRow("no arguments") << dhclient << QStringList() << QByteArray("BOUND") << false;
-        QTest::newRow("network scripts' own")
-            << dhclient << QStringList({u("-4"), u("-pf"), u("/run/x"), u("eth0")}) << QByteArray("BOUND")
-            << false;
-        QTest::newRow("other name") << QByteArray("xdhclient") << once << QByteArray("BOUND") << false;
-        QTest::newRow("folder's name") << QByteArray("dhclient/x") << once << QByteArray("BOUND") << false;
-        QTest::newRow("slash in the argument")
-            << QByteArray("sh") << QStringList({u("/dhclient"), u("-1")}) << QByteArray("BOUND") << false;
+        const auto row = [](const char *tag, const char *name, const char *arguments, const char *reason, bool ended) {
+            QTest::newRow(tag) << QByteArray(name) << u(arguments) << QByteArray(reason) << ended;
+        };
+        row("bound", "dhclient", "-1", "BOUND", true);
+        row("bound again", "dhclient", "-1", "REBOOT", true);
+        row("with its path", "/usr/sbin/dhclient", "-1", "BOUND", true);
+        row("lost", "dhclient", "-1", "FAIL", false);
+        row("starting", "dhclient", "-1", "PREINIT", false);
+        row("other arguments", "dhclient", "-1|-v", "BOUND", false);
+        row("one argument with a blank", "dhclient", "-1 ", "BOUND", false);
+        row("an empty argument more", "dhclient", "-1|", "BOUND", false);
+        row("no arguments", "dhclient", nullptr, "BOUND", false);
+        row("network scripts' own", "dhclient", "-4|-pf|/run/x|eth0", "BOUND", false);
+        row("other name", "xdhclient", "-1", "BOUND", false);
+        row("folder's name", "dhclient/x", "-1", "BOUND", false);
+        row("slash in the argument", "sh", "/dhclient|-1", "BOUND", false);
     }
 
     void earlierClient()
     {
         QFETCH(QByteArray, name);
-        QFETCH(QStringList, arguments);
+        QFETCH(QString, arguments);
         QFETCH(QByteArray, reason);
         QFETCH(bool, ended);
-        StandIn earlier(name, arguments);
+        StandIn earlier(name, arguments.isNull() ? QStringList() : arguments.split(QLatin1Char('|')));
         StandIn fresh;
         StandIn later;
         run(reason, "eth0", fresh.pid(), {{"new_a", "1"}});
