@@ -25,7 +25,7 @@ public:
     explicit Values(const QTableWidget &table)
     {
         for (int row = 0; row < table.rowCount(); ++row) {
-            m_keys.append(table.item(row, DhcpTable::KeyColumn)->text());
+            m_keys.append(table.item(row, KeyColumn)->text());
             m_hidden.insert(m_keys.last(), table.isRowHidden(row));
         }
     }
@@ -49,8 +49,8 @@ public:
     void check(const QTableWidget &table, const char *whose) const
     {
         for (int row = 0; row < table.rowCount(); ++row) {
-            const QString key = table.item(row, DhcpTable::KeyColumn)->text();
-            if (table.item(row, DhcpTable::ValueColumn)->text() != m_values.value(key))
+            const QString key = table.item(row, KeyColumn)->text();
+            if (table.item(row, ValueColumn)->text() != m_values.value(key))
                 qFatal("%s: %s has an old value", whose, qUtf8Printable(key));
             if (table.isRowHidden(row) != m_hidden.value(key))
                 qFatal("%s: %s was hidden or shown", whose, qUtf8Printable(key));
@@ -80,18 +80,18 @@ QString readValue(const QString &key)
 /// is taken out and put in anew; without the model's signals, since the whole table is painted afterwards.
 void refreshPlain(QTableWidget &table)
 {
-    const bool isSortColumn = table.horizontalHeader()->sortIndicatorSection() == DhcpTable::ValueColumn;
+    const bool isSortColumn = table.horizontalHeader()->sortIndicatorSection() == ValueColumn;
     table.setUpdatesEnabled(false);
     if (isSortColumn)
         table.setSortingEnabled(false);
     table.model()->blockSignals(true);
     for (int row = 0; row < table.rowCount(); ++row) {
-        const QString value = readValue(table.item(row, DhcpTable::KeyColumn)->text());
-        if (table.item(row, DhcpTable::ValueColumn)->text() == value)
+        const QString value = readValue(table.item(row, KeyColumn)->text());
+        if (table.item(row, ValueColumn)->text() == value)
             continue;
-        QTableWidgetItem *cell = table.takeItem(row, DhcpTable::ValueColumn);
+        QTableWidgetItem *cell = table.takeItem(row, ValueColumn);
         cell->setText(value);
-        table.setItem(row, DhcpTable::ValueColumn, cell);
+        table.setItem(row, ValueColumn, cell);
     }
     table.model()->blockSignals(false);
     if (isSortColumn)

@@ -45,7 +45,7 @@ private slots:
         QVERIFY(notifier);
         QCOMPARE(app.mainWindow()->findChild<QComboBox *>()->currentIndex(), int(ShowAll));
         const QSignalSpy refreshes(notifier, &QSocketNotifier::activated);
-        const auto shownValue = [&] { return table->item(0, DhcpTable::ValueColumn)->text(); };
+        const auto shownValue = [&] { return table->item(0, ValueColumn)->text(); };
 
         m_root.setValue(QStringLiteral("shown"), "x=1");
         QTest::qWait(20);

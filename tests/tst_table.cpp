@@ -10,12 +10,12 @@ class TestTable : public QObject
     Q_OBJECT
 
 private slots:
-    void init() { installRecorders(m_root); }
+    void init() { installRecorders(root); }
 
     void cells()
     {
         const CapturedErrors errors;
-        const WindowTrial trial(m_root, {{u("cells-off"), 7, Custom + classOf("always-off")},
+        const WindowTrial trial(root, {{u("cells-off"), 7, Custom + classOf("always-off")},
                                          {u("cells-managed"), 43,
                                           Predefined + classOf("managed") + "<default>no</default>"},
                                          {u("cells-on"), 250,
@@ -57,7 +57,7 @@ private slots:
         }
         QCOMPARE(trial.row(u("cells-off")), 0); // sorted by code
         QCOMPARE(trial.row(u("cells-no")), 4);
-        QCOMPARE(m_root.sql(u("SELECT key, type, value FROM entry WHERE key LIKE '%cells%' ORDER BY key")),
+        QCOMPARE(root.sql(u("SELECT key, type, value FROM entry WHERE key LIKE '%cells%' ORDER BY key")),
                  QStringList({u("root/DHCP/Req_cells-managed|10|1"), u("root/DHCP/Req_cells-no|10|0"),
                               u("root/DHCP/Req_cells-off|10|0"), u("root/DHCP/Req_cells-on|10|1"),
                               u("root/DHCP/Req_cells-yes|10|1")}));
@@ -93,25 +93,25 @@ private slots:
         const QList<WindowTrial::Definition> definitions = {{name, 200, more}, {name + u("-2"), 201, more}};
         { // the first run makes both entries, by one commit
             const quint32 before = changeCounter();
-            const WindowTrial first(m_root, definitions);
+            const WindowTrial first(root, definitions);
             QCOMPARE(changeCounter(), before + 1);
         }
-        m_root.sql(u("UPDATE entry SET value = '%1' WHERE key = 'root/DHCP/Req_%2'").arg(stored, name));
+        root.sql(u("UPDATE entry SET value = '%1' WHERE key = 'root/DHCP/Req_%2'").arg(stored, name));
         const quint32 before = changeCounter();
-        const WindowTrial trial(m_root, definitions);
+        const WindowTrial trial(root, definitions);
         QCOMPARE(changeCounter(), before);
         QTEST(trial.cell(name, 0)->text(), "text");
         QCOMPARE(trial.cell(name, 4)->flags().testFlag(Qt::ItemIsEnabled), requested);
         QCOMPARE(trial.options.at(0)->appliedRequested, requested);
         trial.window->apply();
-        QCOMPARE(m_root.sql(u("SELECT value FROM entry WHERE key = 'root/DHCP/Req_%1'").arg(name)),
+        QCOMPARE(root.sql(u("SELECT value FROM entry WHERE key = 'root/DHCP/Req_%1'").arg(name)),
                  QStringList(requested ? u("1") : u("0")));
-        QTRY_COMPARE(m_root.recorded(), QStringList(u("dhclient|-1")));
+        QTRY_COMPARE(root.recorded(), QStringList(u("dhclient|-1")));
     }
 
     void views()
     {
-        WindowTrial trial(m_root, {{u("v-custom"), 1, Custom},
+        WindowTrial trial(root, {{u("v-custom"), 1, Custom},
                                    {u("v-hidden"), 2, Custom + "<hide-option>yes</hide-option>"},
                                    {u("v-known"), 3, Predefined},
                                    {u("v-known-hidden"), 4, Predefined + "<hide-option>yes</hide-option>"}});
@@ -120,7 +120,7 @@ private slots:
         QCOMPARE(trial.visibleNames(), QStringList(u("v-custom")));
         QTest::keyClick(trial.selector, Qt::Key_Down);
         QCOMPARE(trial.visibleNames(), QStringList({u("v-custom"), u("v-known")}));
-        trial.table->sortByColumn(DhcpTable::NameColumn, Qt::DescendingOrder);
+        trial.table->sortByColumn(NameColumn, Qt::DescendingOrder);
         QCOMPARE(trial.visibleNames(), QStringList({u("v-known"), u("v-custom")}));
         QTest::keyClick(trial.selector, Qt::Key_Down);
         QCOMPARE(trial.visibleNames().count(), 4);
@@ -151,9 +151,9 @@ private slots:
         for (int i = 0; i < 12; ++i) {
             const QByteArray hidden = i % 4 == 3 ? "<hide-option>yes</hide-option>" : "";
             definitions.append({prefix + QString::number(i), 150 + 3 * i, Custom + hidden});
-            m_root.setValue(definitions.last().name, "x=old");
+            root.setValue(definitions.last().name, "x=old");
         }
-        WindowTrial trial(m_root, definitions);
+        WindowTrial trial(root, definitions);
         trial.show();
         trial.table->sortByColumn(column, order);
         const QStringList visible = trial.visibleNames();
@@ -161,7 +161,7 @@ private slots:
 
         // Refresh: values whose order turns over, some of them equal.
         for (int i = 0; i < 12; ++i)
-            m_root.setValue(definitions.at(i).name, "x=new" + QByteArray::number((20 - i) / 2));
+            root.setValue(definitions.at(i).name, "x=new" + QByteArray::number((20 - i) / 2));
         trial.table->refreshValues();
         for (int i = 0; i < 12; ++i)
             QCOMPARE(trial.cell(definitions.at(i).name, 4)->text(), u("new%1").arg((20 - i) / 2));
@@ -195,23 +195,23 @@ private slots:
         }
 
         trial.window->apply();
-        QTRY_COMPARE(m_root.recorded().count(), 3);
-        QStringList recorded = m_root.recorded();
+        QTRY_COMPARE(root.recorded().count(), 3);
+        QStringList recorded = root.recorded();
         recorded.sort();
         QCOMPARE(recorded, QStringList({u("dhclient|-1"),
                                         ToolName + u("--del-new-option|%1 150 text|--del-new-option|%1 150 text|"
                                                      "--add-new-option|%1 251 text|--add-request|%1").arg(edited),
                                         ToolName + u("--del-new-option|%1 165 text|--del-request|%1").arg(unticked)}));
-        QCOMPARE(m_root.sql(u("SELECT value FROM entry WHERE key IN ('root/DHCP/Code_%1', 'root/DHCP/Req_%2')"
+        QCOMPARE(root.sql(u("SELECT value FROM entry WHERE key IN ('root/DHCP/Code_%1', 'root/DHCP/Req_%2')"
                               " ORDER BY key").arg(edited, unticked)), QStringList({u("251"), u("0")}));
-        m_root.forgetRecorded();
+        root.forgetRecorded();
         trial.window->apply();
-        QTRY_COMPARE(m_root.recorded(), QStringList(u("dhclient|-1")));
+        QTRY_COMPARE(root.recorded(), QStringList(u("dhclient|-1")));
     }
 
     void editing()
     {
-        WindowTrial trial(m_root, {{u("edit"), 7, Custom}, {u("edit-known"), 8, Predefined}});
+        WindowTrial trial(root, {{u("edit"), 7, Custom}, {u("edit-known"), 8, Predefined}});
         trial.table->changeViewMode(ShowAll);
         trial.show();
         for (const char *text : {"0", "256", "x1", ""}) {
@@ -239,19 +239,19 @@ private slots:
 
     void forcedApply()
     {
-        WindowTrial trial(m_root, {{u("f-managed"), 1, Predefined + classOf("managed")},
+        WindowTrial trial(root, {{u("f-managed"), 1, Predefined + classOf("managed")},
                                    {u("f-on"), 2, Predefined + classOf("always-on")},
                                    {u("f-off"), 3, Predefined + classOf("always-off")}, {u("f-normal"), 4, Predefined}},
                           true);
         trial.window->apply();
-        QTRY_COMPARE(m_root.recorded(), QStringList({ToolName + u("--add-request|f-on"),
+        QTRY_COMPARE(root.recorded(), QStringList({ToolName + u("--add-request|f-on"),
                                                      ToolName + u("--add-request|f-normal"), u("dhclient|-1")}));
     }
 
     void repeatedName()
     {
         const CapturedErrors errors;
-        WindowTrial trial(m_root, {{u("twice"), 20, Custom}, {u("once"), 30, Custom}, {u("twice"), 10, Custom}}, true);
+        WindowTrial trial(root, {{u("twice"), 20, Custom}, {u("once"), 30, Custom}, {u("twice"), 10, Custom}}, true);
         QCOMPARE(errors.text(), u("Error: linux-name repeated: 'twice'\n"));
         trial.show();
         for (int column = 0; column < 6; ++column) {
@@ -260,32 +260,32 @@ private slots:
                 trial.table->changeViewMode(mode);
             trial.table->refreshValues();
             int empty = 0;
-            while (trial.table->item(empty, DhcpTable::KeyColumn))
+            while (trial.table->item(empty, KeyColumn))
                 ++empty;
             QCOMPARE(detailsShownBy([&] {
                 for (int cell = 0; cell < 5; ++cell)
                     trial.click(empty, cell);
-                trial.table->setCurrentCell(empty, DhcpTable::InfoColumn);
+                trial.table->setCurrentCell(empty, InfoColumn);
                 QTest::keyClick(trial.table, Qt::Key_Return);
             }), QString());
         }
-        trial.table->sortByColumn(DhcpTable::KeyColumn, Qt::AscendingOrder);
+        trial.table->sortByColumn(KeyColumn, Qt::AscendingOrder);
         trial.window->apply();
-        QTRY_COMPARE(m_root.recorded().count(), 3);
-        QCOMPARE(m_root.recorded(), QStringList({ToolName + u("--add-new-option|once 30 text|--add-request|once"),
+        QTRY_COMPARE(root.recorded().count(), 3);
+        QCOMPARE(root.recorded(), QStringList({ToolName + u("--add-new-option|once 30 text|--add-request|once"),
                                                  ToolName + u("--add-new-option|twice 20 text|--add-request|twice"),
                                                  u("dhclient|-1")}));
     }
 
     void emptyList()
     {
-        m_root.sql(u("DELETE FROM entry"));
-        const WindowTrial trial(m_root, {}, true);
+        root.sql(u("DELETE FROM entry"));
+        const WindowTrial trial(root, {}, true);
         QCOMPARE(trial.table->columnCount(), 6);
         trial.table->refreshValues();
         trial.window->apply();
-        QTRY_COMPARE(m_root.recorded(), QStringList(u("dhclient|-1")));
-        QCOMPARE(m_root.sql(u("SELECT count(*) FROM entry")), QStringList(u("0")));
+        QTRY_COMPARE(root.recorded(), QStringList(u("dhclient|-1")));
+        QCOMPARE(root.sql(u("SELECT count(*) FROM entry")), QStringList(u("0")));
     }
 
 private:
@@ -294,13 +294,13 @@ private:
     /// Grows with each transaction that writes (SQLite database file format, file change counter).
     quint32 changeCounter() const
     {
-        QFile file(m_root.path(u("/var/lib/vorkan/registry.db")));
+        QFile file(root.path(u("/var/lib/vorkan/registry.db")));
         if (!file.open(QIODevice::ReadOnly) || !file.seek(24))
             return 0;
         return qFromBigEndian<quint32>(file.read(4).constData());
     }
 
-    TrialRoot m_root;
+    TrialRoot root;
 };
 
 QTEST_MAIN(TestTable)

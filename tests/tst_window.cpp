@@ -39,11 +39,11 @@ class TestWindow : public QObject
     Q_OBJECT
 
 private slots:
-    void init() { installRecorders(m_root); }
+    void init() { installRecorders(root); }
 
     void texts()
     {
-        const WindowTrial trial(m_root, {});
+        const WindowTrial trial(root, {});
         struct Header { const char *text; const char *tip; };
         const Header headers[] = {{"Requested", "Checked if the DHCP option is to be requested from the DHCP server"},
                                   {"DHCP\nCode", "DHCP code.  This is modifiable for non-predefined options"},
@@ -105,7 +105,7 @@ private slots:
         QFETCH(QByteArray, more);
         QFETCH(QString, expected);
         const QString name = u("info-%1").arg(QString::fromUtf8(QTest::currentDataTag()));
-        WindowTrial trial(m_root, {{name, 250, more}});
+        WindowTrial trial(root, {{name, 250, more}});
         QFETCH(quint32, applied);
         QFETCH(quint32, shown);
         trial.options.at(0)->appliedCode = applied;
@@ -118,8 +118,8 @@ private slots:
         int boxes = 0;
         for (int column = 1; column < 5; ++column) {
             const QString text = detailsShownBy([&] { trial.click(0, column); }, &boxes);
-            QCOMPARE(text, column == DhcpTable::InfoColumn ? whole : QString());
-            QCOMPARE(boxes, column == DhcpTable::InfoColumn ? 1 : 0);
+            QCOMPARE(text, column == InfoColumn ? whole : QString());
+            QCOMPARE(boxes, column == InfoColumn ? 1 : 0);
         }
         struct Key
         {
@@ -137,71 +137,71 @@ private slots:
             QCOMPARE(detailsShownBy([&] { QTest::keyClick(trial.table, key.key, key.modifiers); }, &boxes),
                      key.opens ? whole : QString());
             QCOMPARE(boxes, key.opens ? 1 : 0);
-            QVERIFY(!key.opens || !trial.table->item(0, DhcpTable::InfoColumn)->isSelected());
+            QVERIFY(!key.opens || !trial.table->item(0, InfoColumn)->isSelected());
         }
     }
 
     void equalCodesShowTheFirst()
     {
-        WindowTrial trial(m_root, {{u("equal-b"), 240, Custom}, {u("equal-a"), 240, Custom}});
+        WindowTrial trial(root, {{u("equal-b"), 240, Custom}, {u("equal-a"), 240, Custom}});
         trial.show();
         for (int row = 0; row < 2; ++row)
-            QVERIFY(detailsShownBy([&] { trial.click(row, DhcpTable::InfoColumn); })
+            QVERIFY(detailsShownBy([&] { trial.click(row, InfoColumn); })
                         .startsWith(u("<i>Details on DHCP Option 240 -- Name of equal-b:</i>")));
     }
 
     void buttons()
     {
-        WindowTrial trial(m_root, {{u("button"), 200, Custom}});
+        WindowTrial trial(root, {{u("button"), 200, Custom}});
         trial.show();
         trial.tick(u("button"));
         QTimer::singleShot(0, [&] { QTest::mouseClick(trial.button(u("Cancel")), Qt::LeftButton); });
         QCOMPARE(QApplication::exec(), 0);
-        QCOMPARE(m_root.recorded(), QStringList());
+        QCOMPARE(root.recorded(), QStringList());
         // By the time the tool runs, the requested state is in the registry.
-        m_root.installRecorder(u("/usr/sbin/kiro-dhclient-edit"),
+        root.installRecorder(u("/usr/sbin/kiro-dhclient-edit"),
                                "[ \"$(sqlite3 \"$KIRO_DHCP_MGR_ROOT/var/lib/vorkan/registry.db\""
                                " \"SELECT value FROM entry WHERE key = 'root/DHCP/Req_button'\")\" = 0 ] || exit");
         QTest::mouseClick(trial.button(u("Apply")), Qt::LeftButton);
-        QTRY_COMPARE(m_root.recorded(),
+        QTRY_COMPARE(root.recorded(),
                      QStringList({ToolName + u("--del-new-option|button 200 text|--del-request|button"),
                                   u("dhclient|-1")}));
-        m_root.installRecorder(u("/usr/sbin/kiro-dhclient-edit"));
-        m_root.forgetRecorded();
+        root.installRecorder(u("/usr/sbin/kiro-dhclient-edit"));
+        root.forgetRecorded();
         trial.tick(u("button"));
         QTimer::singleShot(0, [&] { QTest::mouseClick(trial.button(u("OK")), Qt::LeftButton); });
         QCOMPARE(QApplication::exec(), 0);
-        QTRY_COMPARE(m_root.recorded(),
+        QTRY_COMPARE(root.recorded(),
                      QStringList({ToolName + u("--add-new-option|button 200 text|--add-request|button"),
                                   u("dhclient|-1")}));
-        m_root.forgetRecorded();
+        root.forgetRecorded();
         trial.tick(u("button"));
         QTimer::singleShot(0, [&] { trial.window->close(); });
         QCOMPARE(QApplication::exec(), 0);
-        QCOMPARE(m_root.recorded(), QStringList());
+        QCOMPARE(root.recorded(), QStringList());
     }
 
     /// A button's letter works while a code is being typed, and takes the code along.
     void applyWhileEditing()
     {
-        WindowTrial trial(m_root, {{u("typing"), 200, Custom}});
+        WindowTrial trial(root, {{u("typing"), 200, Custom}});
         trial.show();
         QApplication::setActiveWindow(trial.window.get());
         trial.table->setFocus();
-        trial.table->setCurrentCell(0, DhcpTable::CodeColumn);
+        trial.table->setCurrentCell(0, CodeColumn);
         QTest::keyClick(trial.table, Qt::Key_F2);
         auto *editor = trial.table->viewport()->findChild<QLineEdit *>();
         QVERIFY(editor);
         QTest::keyClicks(editor, u("240"));
         QTest::keyClick(editor, Qt::Key_A, Qt::AltModifier);
-        QTRY_COMPARE(m_root.recorded().count(), 2);
-        QVERIFY(m_root.recorded().at(0).contains(u("--add-new-option|typing 240 text")));
+        QTRY_COMPARE(root.recorded().count(), 2);
+        QVERIFY(root.recorded().at(0).contains(u("--add-new-option|typing 240 text")));
     }
 
     /// Tab must reach every control in the order of the layout, and leave the table again.
     void tabOrder()
     {
-        WindowTrial trial(m_root, {{u("key"), 200, Custom}});
+        WindowTrial trial(root, {{u("key"), 200, Custom}});
         trial.show();
         QApplication::setActiveWindow(trial.window.get());
         trial.table->setFocus();
@@ -216,7 +216,7 @@ private slots:
     /// The keyboard always has a cell to start from, and never one that is not shown.
     void keyboardCell()
     {
-        WindowTrial trial(m_root, {{u("key-fixed"), 1, Predefined + classOf("always-on")},
+        WindowTrial trial(root, {{u("key-fixed"), 1, Predefined + classOf("always-on")},
                                    {u("key-known"), 2, Predefined}, {u("key-custom"), 200, Custom}});
         trial.selector->setCurrentIndex(ShowAll);
         trial.show();
@@ -224,14 +224,14 @@ private slots:
         trial.table->setFocus();
         QCOMPARE(trial.table->currentRow(), 0); // although its first cell is disabled
         QVERIFY(trial.table->currentItem()->flags().testFlag(Qt::ItemIsEnabled));
-        trial.table->setCurrentCell(1, DhcpTable::RequestedColumn);
+        trial.table->setCurrentCell(1, RequestedColumn);
         trial.selector->setCurrentIndex(ShowCustom);
         QCOMPARE(trial.table->currentRow(), 2);
         QTest::keyClick(trial.table, Qt::Key_Space);
         QCOMPARE(trial.cell(u("key-known"), 0)->checkState(), Qt::Checked);
         QCOMPARE(trial.cell(u("key-custom"), 0)->checkState(), Qt::Unchecked);
 
-        trial.table->setCurrentCell(2, DhcpTable::RequestedColumn);
+        trial.table->setCurrentCell(2, RequestedColumn);
         QTest::keyClick(trial.table, Qt::Key_S, Qt::ControlModifier);
         QCOMPARE(trial.table->horizontalHeader()->sortIndicatorSection(), 0);
         QCOMPARE(trial.table->horizontalHeader()->sortIndicatorOrder(), Qt::AscendingOrder);
@@ -242,7 +242,7 @@ private slots:
     /// The cells as a screen reader asks for them: name, description, whether checkable and whether checked.
     void accessibleCells()
     {
-        WindowTrial trial(m_root, {{u("spoken"), 200, Custom}, {u("fixed"), 201, Custom + classOf("always-on")},
+        WindowTrial trial(root, {{u("spoken"), 200, Custom}, {u("fixed"), 201, Custom + classOf("always-on")},
                                    {u("idle"), 202, Custom + "<default>no</default>"}, {u("known"), 203, Predefined},
                                    {u("spoken"), 204, Custom}});
         trial.selector->setCurrentIndex(ShowAll);
@@ -270,7 +270,7 @@ private slots:
                 QCOMPARE(told.join(QLatin1Char('|')), u(expected[row][column]));
             }
         }
-        trial.cell(u("idle"), DhcpTable::RequestedColumn)->setCheckState(Qt::Checked);
+        trial.cell(u("idle"), RequestedColumn)->setCheckState(Qt::Checked);
         QVERIFY(table->tableInterface()->cellAt(2, 0)->state().checked);
         QCOMPARE(table->tableInterface()->cellAt(2, 1)->text(QAccessible::Description), QString());
     }
@@ -278,7 +278,7 @@ private slots:
     /// All that is not a cell: role, name, keys, and what the keyboard can reach.
     void accessibleControls()
     {
-        WindowTrial trial(m_root, {{u("spoken"), 200, Custom}});
+        WindowTrial trial(root, {{u("spoken"), 200, Custom}});
         trial.show();
         const QStringList window = spokenBy(trial.window.get());
         for (const char *control : {"Window|DHCP Option Manager||", "StaticText|DHCP Option Manager||",
@@ -302,7 +302,7 @@ private slots:
             box = spokenBy(shown);
             shown->close();
         });
-        trial.click(0, DhcpTable::InfoColumn);
+        trial.click(0, InfoColumn);
         QVERIFY(box.contains(u("AlertMessage|Details on DHCP Option 200 -- Name of spoken:||")));
         QVERIFY(box.contains(u("Button|OK|Enter|focusable")));
         QCOMPARE(box.filter(QRegularExpression(u("^StaticText\\|Standard DHCP Code: 200\n.*\\|focusable$"),
@@ -312,7 +312,7 @@ private slots:
 private:
     static QString u(const char *text) { return QString::fromUtf8(text); }
 
-    TrialRoot m_root;
+    TrialRoot root;
 };
 
 QTEST_MAIN(TestWindow)

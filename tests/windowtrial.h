@@ -60,7 +60,7 @@ public:
     int row(const QString &linuxName) const
     {
         for (int row = 0; row < table->rowCount(); ++row) {
-            const QTableWidgetItem *key = table->item(row, DhcpTable::KeyColumn);
+            const QTableWidgetItem *key = table->item(row, KeyColumn);
             if (key && key->text() == linuxName)
                 return row;
         }
@@ -76,16 +76,16 @@ public:
     {
         const QRect cellRect = table->visualRect(table->model()->index(row, column));
         const QPoint box = cellRect.topLeft() + QPoint(10, cellRect.height() / 2);
-        const QPoint position = column == DhcpTable::RequestedColumn ? box : cellRect.center();
+        const QPoint position = column == RequestedColumn ? box : cellRect.center();
         QTest::mouseClick(table->viewport(), Qt::LeftButton, Qt::NoModifier, position);
     }
 
-    void tick(const QString &linuxName) const { click(row(linuxName), DhcpTable::RequestedColumn); }
+    void tick(const QString &linuxName) const { click(row(linuxName), RequestedColumn); }
 
     /// Types into the code cell as a user does; false when it cannot be edited.
     bool typeCode(const QString &linuxName, const QString &text) const
     {
-        table->setCurrentCell(row(linuxName), DhcpTable::CodeColumn);
+        table->setCurrentCell(row(linuxName), CodeColumn);
         QTest::keyClick(table, Qt::Key_F2);
         auto *editor = table->viewport()->findChild<QLineEdit *>();
         if (!editor)
@@ -105,8 +105,8 @@ public:
     {
         QStringList names;
         for (int row = 0; row < table->rowCount(); ++row) {
-            if (!table->isRowHidden(row) && table->item(row, DhcpTable::KeyColumn))
-                names << table->item(row, DhcpTable::KeyColumn)->text();
+            if (!table->isRowHidden(row) && table->item(row, KeyColumn))
+                names << table->item(row, KeyColumn)->text();
         }
         return names;
     }

@@ -47,12 +47,12 @@ QTableWidgetItem *makeCell(const QString &text, Qt::ItemFlags flags, const CellL
 
 } // namespace
 
-DhcpTable::DhcpTable(const QList<DhcpOption *> &optionList, VGui *page, VWidgetContainer *fields, ViewMode_t mode,
+DhcpTable::DhcpTable(const QList<DhcpOption *> &options, VGui *gui, VWidgetContainer *container, ViewMode_t mode,
                      QWidget *parent)
     : QTableWidget(parent)
-    , options(optionList)
-    , gui(page)
-    , container(fields)
+    , options(options)
+    , gui(gui)
+    , container(container)
     , keys(new TableKeys(this, InfoColumn))
 {
     setAccessibleName(tr("DHCP options"));
@@ -85,7 +85,6 @@ struct DhcpTable::RowLooks
     CellLooks extensionName = name;
     CellLooks info = requested;
     CellLooks value = name;
-    CellLooks key;
 };
 
 void DhcpTable::populate(ViewMode_t mode)
@@ -141,12 +140,13 @@ bool DhcpTable::addOption(int row, DhcpOption *option, VorkanClient &registry)
     auto *checkBox = new VCheckBox(gui, option->requestKey);
     container->addWidget(checkBox);
     checkBoxes.insert(name, checkBox);
+    QAbstractButton *button = checkBox->fieldWidget();
     if (missing)
-        checkBox->setChecked(option->requestedByDefault);
+        button->setChecked(option->requestedByDefault);
     if (option->dhcpClass != Normal)
-        checkBox->setChecked(option->dhcpClass != AlwaysOff);
+        button->setChecked(option->dhcpClass != AlwaysOff);
 
-    const bool requested = checkBox->isChecked();
+    const bool requested = button->isChecked();
     if (missing) {
         registry.create(option->requestKey, _RegEntryType{VorkanBoolType});
         registry.set(option->requestKey, requested ? QStringLiteral("1") : QStringLiteral("0"), _RegEntryParam());
@@ -169,7 +169,7 @@ void DhcpTable::addCells(int row, DhcpOption &option, bool requested)
                                       option.standardOption ? looks->name : looks->extensionName));
     setItem(row, InfoColumn, makeCell(QString(), Qt::ItemIsSelectable | Qt::ItemIsEnabled, looks->info));
     setItem(row, ValueColumn, makeCell(option.currentValue, rowFlags, looks->value));
-    setItem(row, KeyColumn, new KeyCell(&option, &looks->key));
+    setItem(row, KeyColumn, new QTableWidgetItem(option.linuxName));
 }
 
 QTableWidgetItem *DhcpTable::requestedCell(const DhcpOption &option, bool requested)
@@ -228,7 +228,7 @@ void DhcpTable::setHeaders()
 DhcpOption *DhcpTable::optionAt(int row) const
 {
     const QTableWidgetItem *key = item(row, KeyColumn);
-    return key && key->type() == KeyCell::Type ? static_cast<const KeyCell *>(key)->option() : nullptr;
+    return key ? optionsByLinuxName.value(key->text()) : nullptr;
 }
 
 void DhcpTable::changeViewMode(ViewMode_t mode)

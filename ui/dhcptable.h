@@ -1,6 +1,8 @@
 #ifndef DHCPTABLE_H
 #define DHCPTABLE_H
 
+#include "optioncell.h"
+
 #include <QHash>
 #include <QList>
 #include <QTableWidget>
@@ -34,11 +36,9 @@ class DhcpTable : public QTableWidget
     Q_OBJECT
 
 public:
-    enum Column { RequestedColumn, CodeColumn, NameColumn, InfoColumn, ValueColumn, KeyColumn };
-
     /// Makes the registry entries that are missing, from the options' defaults, and commits them. The options, the
     /// page and the container are not owned and must outlive the table.
-    DhcpTable(const QList<DhcpOption *> &optionList, VGui *page, VWidgetContainer *fields, ViewMode_t mode,
+    DhcpTable(const QList<DhcpOption *> &options, VGui *gui, VWidgetContainer *container, ViewMode_t mode,
               QWidget *parent);
     ~DhcpTable() override;
 

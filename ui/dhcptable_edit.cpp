@@ -30,7 +30,7 @@ void DhcpTable::requestedChanged(int row)
     }
     const bool requested = cells[RequestedColumn]->checkState() != Qt::Unchecked;
     if (VCheckBox *checkBox = checkBoxes.value(cells[KeyColumn]->text()))
-        checkBox->setChecked(requested);
+        checkBox->fieldWidget()->setChecked(requested);
     for (std::size_t column = CodeColumn; column <= KeyColumn; ++column)
         cells[column]->setFlags(requested ? Qt::ItemIsEnabled : Qt::NoItemFlags);
 }

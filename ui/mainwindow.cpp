@@ -44,10 +44,10 @@ QString clientProgram()
 
 } // namespace
 
-MainWindow::MainWindow(const QList<DhcpOption *> &optionList, bool forceAll, QWidget *parent, Qt::WindowFlags flags)
+MainWindow::MainWindow(const QList<DhcpOption *> &options, bool forceApply, QWidget *parent, Qt::WindowFlags flags)
     : QMainWindow(parent, flags)
-    , options(optionList)
-    , forceApply(forceAll)
+    , options(options)
+    , forceApply(forceApply)
     , title(tr("DHCP Option Manager"))
 {
     setWindowTitle(title);

@@ -21,8 +21,8 @@ class MainWindow : public QMainWindow
 
 public:
     /// Builds the window hidden, the table in its custom view. The options are not owned and must outlive the
-    /// window. `forceAll` makes every apply bring all options to the client, changed or not.
-    MainWindow(const QList<DhcpOption *> &optionList, bool forceAll, QWidget *parent = nullptr,
+    /// window. `forceApply` makes every apply bring all options to the client, changed or not.
+    MainWindow(const QList<DhcpOption *> &options, bool forceApply, QWidget *parent = nullptr,
                Qt::WindowFlags flags = Qt::WindowFlags());
     ~MainWindow() override;
 

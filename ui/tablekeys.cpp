@@ -6,31 +6,31 @@
 
 TableKeys::TableKeys(QTableWidget *table, int infoColumn)
     : QObject(table)
-    , m_table(table)
-    , m_infoColumn(infoColumn)
+    , table(table)
+    , infoColumn(infoColumn)
 {
     table->installEventFilter(this);
 }
 
 bool TableKeys::isUsable(int row, int column) const
 {
-    const QTableWidgetItem *cell = m_table->item(row, column);
-    return cell && cell->flags().testFlag(Qt::ItemIsEnabled) && !m_table->isRowHidden(row)
-        && !m_table->isColumnHidden(column);
+    const QTableWidgetItem *cell = table->item(row, column);
+    return cell && cell->flags().testFlag(Qt::ItemIsEnabled) && !table->isRowHidden(row)
+        && !table->isColumnHidden(column);
 }
 
 void TableKeys::ensureCurrentCell()
 {
-    if (isUsable(m_table->currentRow(), m_table->currentColumn()))
+    if (isUsable(table->currentRow(), table->currentColumn()))
         return;
     QModelIndex first;
-    for (int row = 0; row < m_table->rowCount() && !first.isValid(); ++row) {
-        for (int column = 0; column < m_table->columnCount() && !first.isValid(); ++column) {
+    for (int row = 0; row < table->rowCount() && !first.isValid(); ++row) {
+        for (int column = 0; column < table->columnCount() && !first.isValid(); ++column) {
             if (isUsable(row, column))
-                first = m_table->model()->index(row, column);
+                first = table->model()->index(row, column);
         }
     }
-    m_table->selectionModel()->setCurrentIndex(first, QItemSelectionModel::NoUpdate);
+    table->selectionModel()->setCurrentIndex(first, QItemSelectionModel::NoUpdate);
 }
 
 bool TableKeys::eventFilter(QObject *watched, QEvent *event)
@@ -45,17 +45,17 @@ bool TableKeys::eventFilter(QObject *watched, QEvent *event)
 /// Whether the key is one of ours.
 bool TableKeys::handleKey(const QKeyEvent &event)
 {
-    const int row = m_table->currentRow();
-    const int column = m_table->currentColumn();
-    if (row < 0 || m_table->isRowHidden(row))
+    const int row = table->currentRow();
+    const int column = table->currentColumn();
+    if (row < 0 || table->isRowHidden(row))
         return false;
     const Qt::KeyboardModifiers modifiers = event.modifiers() & ~Qt::KeypadModifier;
     const bool isInfoKey = event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter
         || event.key() == Qt::Key_Space || event.key() == Qt::Key_Select;
-    if (modifiers == Qt::NoModifier && (event.key() == Qt::Key_F1 || (column == m_infoColumn && isInfoKey))) {
+    if (modifiers == Qt::NoModifier && (event.key() == Qt::Key_F1 || (column == infoColumn && isInfoKey))) {
         // A key that is held down asks once.
         if (!event.isAutoRepeat())
-            emit infoRequested(row, m_infoColumn);
+            emit infoRequested(row, infoColumn);
         return true;
     }
     if (modifiers == Qt::ControlModifier && event.key() == Qt::Key_S) {
@@ -67,9 +67,9 @@ bool TableKeys::handleKey(const QKeyEvent &event)
 
 void TableKeys::sortByCurrentColumn()
 {
-    const QHeaderView *header = m_table->horizontalHeader();
-    const int column = m_table->currentColumn();
+    const QHeaderView *header = table->horizontalHeader();
+    const int column = table->currentColumn();
     const bool isAscending = header->sortIndicatorSection() == column
         && header->sortIndicatorOrder() == Qt::AscendingOrder;
-    m_table->sortByColumn(column, isAscending ? Qt::DescendingOrder : Qt::AscendingOrder);
+    table->sortByColumn(column, isAscending ? Qt::DescendingOrder : Qt::AscendingOrder);
 }

@@ -34,8 +34,8 @@ private:
     bool handleKey(const QKeyEvent &event);
     void sortByCurrentColumn();
 
-    QTableWidget *m_table;
-    int m_infoColumn;
+    QTableWidget *table;
+    int infoColumn;
 };
 
 #endif

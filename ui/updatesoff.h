@@ -8,17 +8,17 @@ class UpdatesOff
 {
 public:
     explicit UpdatesOff(QWidget *widget)
-        : m_widget(widget)
-        , m_wereOn(widget->updatesEnabled())
+        : widget(widget)
+        , wereOn(widget->updatesEnabled())
     {
-        m_widget->setUpdatesEnabled(false);
+        widget->setUpdatesEnabled(false);
     }
-    ~UpdatesOff() { m_widget->setUpdatesEnabled(m_wereOn); }
+    ~UpdatesOff() { widget->setUpdatesEnabled(wereOn); }
 
 private:
     Q_DISABLE_COPY(UpdatesOff)
-    QWidget *m_widget;
-    bool m_wereOn;
+    QWidget *widget;
+    bool wereOn;
 };
 
 #endif

@@ -14,7 +14,7 @@ constexpr qreal TitleScale = 1.3;
 
 ConfigurationPageHeader::ConfigurationPageHeader(const QString &title, bool ruled, QWidget *parent)
     : QWidget(parent)
-    , m_icon(new QLabel(this))
+    , icon(new QLabel(this))
 {
     auto *titleLabel = new QLabel(title, this);
     QFont font = titleLabel->font();
@@ -24,12 +24,12 @@ ConfigurationPageHeader::ConfigurationPageHeader(const QString &title, bool rule
     else // an application font that is set in pixels
         font.setPixelSize(qRound(font.pixelSize() * TitleScale));
     titleLabel->setFont(font);
-    m_icon->hide();
+    icon->hide();
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
 
     auto *row = new QHBoxLayout;
     row->setSpacing(style()->pixelMetric(QStyle::PM_LayoutLeftMargin));
-    row->addWidget(m_icon);
+    row->addWidget(icon);
     row->addWidget(titleLabel, 1);
     row->setContentsMargins(style()->pixelMetric(QStyle::PM_LayoutLeftMargin),
                             style()->pixelMetric(QStyle::PM_LayoutTopMargin),
@@ -47,8 +47,8 @@ ConfigurationPageHeader::ConfigurationPageHeader(const QString &title, bool rule
     }
 }
 
-void ConfigurationPageHeader::setTitleIcon(const QPixmap &icon)
+void ConfigurationPageHeader::setTitleIcon(const QPixmap &pixmap)
 {
-    m_icon->setPixmap(icon);
-    m_icon->setVisible(!icon.isNull());
+    icon->setPixmap(pixmap);
+    icon->setVisible(!pixmap.isNull());
 }

@@ -15,11 +15,11 @@ public:
     ConfigurationPageHeader(const QString &title, bool ruled, QWidget *parent);
 
     /// A null pixmap leaves the header without an icon.
-    void setTitleIcon(const QPixmap &icon);
+    void setTitleIcon(const QPixmap &pixmap);
 
 private:
     Q_DISABLE_COPY(ConfigurationPageHeader)
-    QLabel *m_icon;
+    QLabel *icon;
 };
 
 #endif

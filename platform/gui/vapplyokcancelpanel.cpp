@@ -4,29 +4,29 @@
 
 VApplyOkCancelPanel::VApplyOkCancelPanel(QFlags<Button> buttons, QWidget *parent)
     : QWidget(parent)
-    , m_row(new QHBoxLayout(this))
+    , row(new QHBoxLayout(this))
 {
     if (buttons.testFlag(Apply))
-        m_apply = addButton(tr("&Apply"));
+        apply = addButton(tr("&Apply"));
     if (buttons.testFlag(Ok))
-        m_ok = addButton(tr("&OK"));
+        ok = addButton(tr("&OK"));
     if (buttons.testFlag(Cancel))
-        m_cancel = addButton(tr("&Cancel"));
+        cancel = addButton(tr("&Cancel"));
 }
 
 QPushButton *VApplyOkCancelPanel::addButton(const QString &text)
 {
     auto *button = new QPushButton(text, this);
-    m_row->addWidget(button);
+    row->addWidget(button);
     return button;
 }
 
 void VApplyOkCancelPanel::prependStretch(int factor)
 {
-    m_row->insertStretch(0, factor);
+    row->insertStretch(0, factor);
 }
 
 void VApplyOkCancelPanel::prependWidget(QWidget *widget)
 {
-    m_row->insertWidget(0, widget);
+    row->insertWidget(0, widget);
 }

@@ -22,18 +22,18 @@ public:
     void prependWidget(QWidget *widget);
 
     /// Null for a button that was not asked for.
-    QPushButton *applyButton() const { return m_apply; }
-    QPushButton *okButton() const { return m_ok; }
-    QPushButton *cancelButton() const { return m_cancel; }
+    QPushButton *applyButton() const { return apply; }
+    QPushButton *okButton() const { return ok; }
+    QPushButton *cancelButton() const { return cancel; }
 
 private:
     Q_DISABLE_COPY(VApplyOkCancelPanel)
     QPushButton *addButton(const QString &text);
 
-    QHBoxLayout *m_row;
-    QPushButton *m_apply = nullptr;
-    QPushButton *m_ok = nullptr;
-    QPushButton *m_cancel = nullptr;
+    QHBoxLayout *row;
+    QPushButton *apply = nullptr;
+    QPushButton *ok = nullptr;
+    QPushButton *cancel = nullptr;
 };
 
 #endif

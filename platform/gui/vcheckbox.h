@@ -5,8 +5,6 @@
 
 #include <QCheckBox>
 
-#include <memory>
-
 /// A check box bound to a registry entry of type bool ("1" or "0"). Starts checked when the entry holds "1".
 class VCheckBox : public VWidget
 {
@@ -15,21 +13,15 @@ class VCheckBox : public VWidget
 public:
     VCheckBox(VGui *gui, const QString &key);
 
-    /// The button to show or to drive. It stays without a parent until somebody lays it out, so that a field
-    /// which is never laid out never shows up in a window; it lives as long as the VCheckBox.
-    /// Made when it is first asked for, since a button weighs a kilobyte and most are never shown.
-    QAbstractButton *fieldWidget();
-
-    /// The button's state, whether there is one yet or not.
-    bool isChecked() const { return m_button ? m_button->isChecked() : m_checked; }
-    void setChecked(bool checked);
+    /// The button to show or to drive, which holds the field's state. It has no parent until somebody lays it out,
+    /// so that a field which is never laid out never shows up in a window; it lives as long as the VCheckBox.
+    QAbstractButton *fieldWidget() { return &button; }
 
     void store(VorkanClient &client) override;
 
 private:
     Q_DISABLE_COPY(VCheckBox)
-    std::unique_ptr<QCheckBox> m_button;
-    bool m_checked; ///< while there is no button
+    QCheckBox button;
 };
 
 #endif

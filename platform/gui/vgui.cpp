@@ -2,6 +2,6 @@
 
 VGui::VGui(const QString &path, QWidget *parent)
     : QObject(parent)
-    , m_path(path)
+    , path(path)
 {
 }

@@ -13,11 +13,10 @@ public:
     /// `path` is the branch's registry key; `parent` is the window that owns the page.
     VGui(const QString &path, QWidget *parent);
 
-    QString path() const { return m_path; }
+    const QString path;
 
 private:
     Q_DISABLE_COPY(VGui)
-    QString m_path;
 };
 
 #endif

@@ -4,6 +4,6 @@
 
 VWidget::VWidget(VGui *gui, const QString &key)
     : QObject(gui)
-    , m_key(key)
+    , key(key)
 {
 }

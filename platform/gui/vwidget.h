@@ -14,7 +14,7 @@ class VWidget : public QObject
 public:
     VWidget(VGui *gui, const QString &key);
 
-    QString key() const { return m_key; }
+    const QString key;
 
     /// Brings the field's state to its entry when it differs, making the entry when it is missing. Pending until
     /// the client commits.
@@ -22,7 +22,6 @@ public:
 
 private:
     Q_DISABLE_COPY(VWidget)
-    QString m_key;
 };
 
 #endif

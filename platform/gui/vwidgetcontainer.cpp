@@ -10,13 +10,13 @@ VWidgetContainer::VWidgetContainer(QObject *parent)
 
 void VWidgetContainer::addWidget(VWidget *widget)
 {
-    m_widgets.append(widget);
+    widgets.append(widget);
 }
 
 bool VWidgetContainer::validate()
 {
     VorkanClient client;
-    for (VWidget *widget : qAsConst(m_widgets))
+    for (VWidget *widget : qAsConst(widgets))
         widget->store(client);
     // Writes only when something is pending: what was stored just now, or before a commit that failed.
     return client.commit(QString()) == 0;

@@ -23,7 +23,7 @@ public:
 
 private:
     Q_DISABLE_COPY(VWidgetContainer)
-    QList<VWidget *> m_widgets;
+    QList<VWidget *> widgets;
 };
 
 #endif

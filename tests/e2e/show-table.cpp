@@ -16,13 +16,13 @@ int main(int argc, char **argv)
     const DhcpApp app(false, true);
     const DhcpTable *table = app.mainWindow()->optionTable();
     for (int row = 0; row < table->rowCount(); ++row) {
-        const auto text = [&](DhcpTable::Column column) { return table->item(row, column)->text().toUtf8(); };
-        const QTableWidgetItem *requested = table->item(row, DhcpTable::RequestedColumn);
+        const auto text = [&](OptionColumn column) { return table->item(row, column)->text().toUtf8(); };
+        const QTableWidgetItem *requested = table->item(row, RequestedColumn);
         // A fixed class shows its word instead of a box, and "Managed" is not for this program to request.
         const bool isOn = requested->data(Qt::CheckStateRole).isValid() ? requested->checkState() == Qt::Checked
                                                                        : requested->text() == QLatin1String("Always");
-        std::printf("%s %s %d %s\n", text(DhcpTable::KeyColumn).constData(), isOn ? "on" : "off",
-                    text(DhcpTable::CodeColumn).toInt(), text(DhcpTable::ValueColumn).constData());
+        std::printf("%s %s %d %s\n", text(KeyColumn).constData(), isOn ? "on" : "off",
+                    text(CodeColumn).toInt(), text(ValueColumn).constData());
     }
     return 0;
 }
