@@ -1,29 +1,57 @@
 #include "edit.h"
 
-#include "declarations.h"
+#include "draft.h"
+#include "error.h"
 #include "knownoptions.h"
-#include "requests.h"
+#include "layout.h"
 
 #include <algorithm>
-#include <map>
+#include <charconv>
+#include <functional>
+#include <iterator>
+#include <set>
 
 namespace DhclientConf {
 
 namespace {
 
-/// What all commands of a call together want of one option.
-struct Wish
+/// The names of one option in lists.
+struct Option
 {
-    std::string name;
     std::string id;
-    bool request = false;
-    bool noRequest = false;
-    bool noRequire = false;
-    std::optional<NewOption> declaration;
-    bool undeclareAll = false;
-    std::vector<std::string> undeclare; ///< codes
-    bool requestIsLater = false; ///< than the last command that takes a declaration away
+    int code; ///< 0 if none is known
+
+    bool isNumbered(const Name &name) const { return code != 0 && numberedCode(name.id) == code; }
+    bool isNamed(const Name &name) const { return name.id == id || isNumbered(name); }
+    bool isIn(const Step &list) const
+    {
+        const std::vector<Name> &names = list.statement->names;
+        return std::any_of(names.begin(), names.end(), [this](const Name &name) { return isNamed(name); });
+    }
+    bool isIn(const Context &context) const
+    {
+        const bool builtIn = context.isBuiltIn()
+            && std::find(std::begin(BuiltInRequests), std::end(BuiltInRequests), id) != std::end(BuiltInRequests);
+        return builtIn || std::any_of(context.lists.begin(), context.lists.end(),
+                                      [this](const Step &list) { return isIn(list); });
+    }
 };
+
+/// A declaration as a command gives it.
+struct NewOption
+{
+    std::string name; ///< as written
+    std::string id;
+    int code;
+    std::string type; ///< as of normalisedType()
+
+    bool isSame(const Statement &declaration) const { return declaration.code == code && declaration.type == type; }
+};
+
+bool isList(const Step &step)
+{
+    return step.statement->kind == Statement::Request || step.statement->kind == Statement::Require;
+}
 
 bool isBlank(char c)
 {
@@ -40,217 +68,316 @@ std::string_view firstWord(std::string_view &text)
     return word;
 }
 
-std::string readName(std::string_view text, bool mayBeNumber)
+std::string readName(std::string_view text)
 {
     std::string id = parseName(text);
-    // "option space" starts another statement.
-    if (id.empty() || id == "space" || (isReadAsNumber(id) && !mayBeNumber))
-        throw Refusal{quoted(text) + " is no option name"};
+    if (id.empty())
+        throw Error(Error::Command, quoted(text) + " is no option name");
     return id;
 }
 
-NewOption readNewOption(std::string_view text, bool mayBeNumber)
+NewOption readNewOption(std::string_view text)
 {
     const std::string whole = quoted(text);
-    NewOption result;
+    NewOption result{};
     result.name = firstWord(text);
-    result.id = readName(result.name, mayBeNumber);
+    result.id = readName(result.name);
     const std::string_view code = firstWord(text);
-    const bool digits = !code.empty() && code.size() <= 3 && code.front() != '0'
-        && code.find_first_not_of("0123456789") == std::string_view::npos;
-    if (!digits || std::stoi(std::string(code)) > 254)
-        throw Refusal{quoted(code) + " is no option code from 1 to 254 in " + whole};
-    result.code = code;
-    try {
-        if (text.find_first_of("#\r\n\v\f") != std::string_view::npos)
-            throw SyntaxError{1, "more than a type"};
-        result.type = parseType(text);
-    } catch (const SyntaxError &error) {
-        throw Refusal{quoted(text) + " is no option type: " + error.reason};
-    }
+    const auto [end, error] = std::from_chars(code.data(), code.data() + code.size(), result.code);
+    if (error != std::errc() || end != code.data() + code.size() || code.front() == '0' || result.code < 1
+        || result.code > 254)
+        throw Error(Error::Command, quoted(code) + " is no option code from 1 to 254 in " + whole);
+    result.type = normalisedType(text);
+    if (result.type.empty())
+        throw Error(Error::Command, quoted(text) + " is no option type in " + whole);
     return result;
 }
 
-void add(Wish &wish, const Command &command, const std::optional<NewOption> &newOption)
+std::string fileName(const Step &step)
 {
-    switch (command.kind) {
-    case Command::AddRequest:
-        wish.request = true;
-        wish.noRequest = false;
-        wish.requestIsLater = true;
+    return "the included file \"" + *step.included + '"';
+}
+
+// Leaves one declaration of the option in the edited file, with this code and type, before its first use.
+void declare(Draft &draft, const NewOption &wanted)
+{
+    const std::vector<Step> &steps = draft.reading().steps();
+    const std::vector<std::size_t> places = draft.reading().declarations(wanted.id);
+    const std::size_t firstUse = draft.reading().firstUse(wanted.id);
+    std::vector<std::size_t> own;
+    for (const std::size_t place : places) {
+        if (!steps[place].included)
+            own.push_back(place);
+        else
+            draft.note(fileName(steps[place]) + " declares \"" + wanted.name + "\" too");
+    }
+    if (own.empty() && !places.empty() && places.front() < firstUse && wanted.isSame(*steps[places.back()].statement))
+        return;
+    const bool keepsFirst = !own.empty() && own.front() < firstUse;
+    for (; own.size() > (keepsFirst ? 1 : 0); own.pop_back())
+        draft.remove(own.back());
+    if (!keepsFirst) {
+        draft.addDeclaration("option " + wanted.name + " code " + std::to_string(wanted.code) + " = " + wanted.type
+                             + ';');
+        return;
+    }
+    const Statement kept = *draft.reading().steps()[own.front()].statement;
+    std::string text = draft.text();
+    if (kept.type != wanted.type)
+        text = replaced(text, kept.typeRange, wanted.type);
+    if (kept.code != wanted.code)
+        text = replaced(text, kept.codeRange, std::to_string(wanted.code));
+    draft.change(std::move(text));
+}
+
+// Requested by name, the option must be declared before; where the file or an included one does so too late, once more.
+void declareInTime(Draft &draft, const std::string &name, const std::string &id)
+{
+    const Reading &reading = draft.reading();
+    const std::vector<std::size_t> places = reading.declarations(id);
+    if (knownCode(id) != 0 || places.empty() || places.front() < reading.firstUse(id))
+        return;
+    const Statement &last = *reading.steps()[places.back()].statement;
+    declare(draft, {name, id, last.code, last.type});
+}
+
+// Out of every list of the edited file.
+void unlist(Draft &draft, const Option &option)
+{
+    for (std::size_t place = 0; place < draft.reading().steps().size();) {
+        const Step &step = draft.reading().steps()[place];
+        const std::vector<Name> &names = step.statement->names;
+        const auto name = std::find_if(names.begin(), names.end(),
+                                       [&option](const Name &other) { return option.isNamed(other); });
+        if (!step.included && isList(step) && name != names.end())
+            draft.removeName(place, static_cast<std::size_t>(name - names.begin()));
+        else
+            ++place;
+    }
+}
+
+// The client sends a name by number or not by where the declaration stands (measured).
+void nameNumbers(Draft &draft, const Option &option, const std::string &name)
+{
+    for (std::size_t place = 0; place < draft.reading().steps().size(); ++place) {
+        const Step &step = draft.reading().steps()[place];
+        if (step.included || !isList(step))
+            continue;
+        for (const Name &other : step.statement->names) {
+            if (other.id != option.id && option.isNumbered(other)) {
+                draft.change(replaced(draft.text(), other.range, name));
+                --place; // there may be more
+                break;
+            }
+        }
+    }
+}
+
+// The list of the edited file that the option enters so that this context requests it; null if there is none. One that
+// only adds to the built-in list must serve all contexts that lack the option there: a new one above them would.
+const Statement *listFor(const Context &context, const std::vector<const Context *> &lackingBuiltIn)
+{
+    const bool isBuiltIn = context.isBuiltIn();
+    if (!isBuiltIn && !context.lists.front().included)
+        return context.lists.front().statement;
+    for (auto list = context.lists.rbegin(); list != context.lists.rend(); ++list) {
+        const auto isServed = [&list](const Context *other) {
+            return std::any_of(other->lists.begin(), other->lists.end(),
+                               [&list](const Step &step) { return step.statement == list->statement; });
+        };
+        if (!list->included
+            && (!isBuiltIn || std::all_of(lackingBuiltIn.begin(), lackingBuiltIn.end(), isServed)))
+            return list->statement;
+    }
+    return nullptr;
+}
+
+void request(Draft &draft, const Option &option, const std::string &name)
+{
+    nameNumbers(draft, option, name);
+    for (;;) {
+        std::vector<const Context *> lacking;
+        std::vector<const Context *> lackingBuiltIn;
+        for (const Context &context : draft.reading().contexts()) {
+            if (option.isIn(context))
+                continue;
+            lacking.push_back(&context);
+            if (context.isBuiltIn())
+                lackingBuiltIn.push_back(&context);
+        }
+        const auto reachable = std::find_if(lacking.begin(), lacking.end(), [&](const Context *context) {
+            return context->isBuiltIn() || listFor(*context, lackingBuiltIn);
+        });
+        if (reachable == lacking.end()) {
+            for (const Context *context : lacking)
+                draft.note(fileName(context->lists.front()) + " sets a list of requests without \"" + name + '"');
+            break;
+        }
+        if (const Statement *list = listFor(**reachable, lackingBuiltIn))
+            draft.change(withName(draft.text(), *list, name));
+        else
+            draft.addList("also request " + name + ';');
+    }
+    for (const Step &step : draft.reading().steps()) {
+        const std::vector<Name> &names = step.statement->names;
+        if (step.included && step.statement->kind == Statement::Request && knownName(option.code).empty()
+            && std::any_of(names.begin(), names.end(), [&](const Name &other) { return option.isNumbered(other); }))
+            draft.note(fileName(step) + " requests \"" + name + "\" by its number, which the client may ignore");
+    }
+}
+
+void requestNoMore(Draft &draft, const Option &option, const std::string &name)
+{
+    unlist(draft, option);
+    const std::vector<Context> &contexts = draft.reading().contexts();
+    const bool isBuiltIn = std::find(std::begin(BuiltInRequests), std::end(BuiltInRequests), option.id)
+        != std::end(BuiltInRequests);
+    if (isBuiltIn && std::any_of(contexts.begin(), contexts.end(), std::mem_fn(&Context::isBuiltIn))) {
+        std::vector<std::string_view> others;
+        std::remove_copy(std::begin(BuiltInRequests), std::end(BuiltInRequests), std::back_inserter(others), option.id);
+        draft.addList(requestStatement(others, lineEnd(draft.text())));
+    }
+    for (const Step &step : draft.reading().steps()) {
+        if (step.included && isList(step) && option.isIn(step))
+            draft.note(fileName(step) + " still lists \"" + name + '"');
+    }
+}
+
+void undeclare(Draft &draft, const NewOption &unwanted)
+{
+    const std::vector<Step> &steps = draft.reading().steps();
+    std::vector<std::size_t> doomed;
+    bool staysKnown = knownCode(unwanted.id) != 0;
+    for (const std::size_t place : draft.reading().declarations(unwanted.id)) {
+        const bool isMeant = steps[place].statement->code == unwanted.code;
+        if (!steps[place].included && isMeant)
+            doomed.push_back(place);
+        else
+            staysKnown = true;
+        if (steps[place].included && isMeant)
+            draft.note(fileName(steps[place]) + " still declares \"" + unwanted.name + '"');
+    }
+    const bool isUsed = std::any_of(steps.begin(), steps.end(), [&unwanted](const Step &step) {
+        const auto isName = [&unwanted](const Name &name) { return name.id == unwanted.id; };
+        const std::vector<Name> &names = step.statement->names;
+        const std::vector<Name> &uses = step.statement->uses;
+        return std::any_of(uses.begin(), uses.end(), isName)
+            || (step.included && isList(step) && std::any_of(names.begin(), names.end(), isName));
+    });
+    if (!doomed.empty() && !staysKnown && isUsed) {
+        draft.note('"' + unwanted.name + "\" is still used, its declaration stays");
+        return;
+    }
+    // A list with a name that the client doesn't know is dropped whole.
+    if (!doomed.empty() && !staysKnown)
+        unlist(draft, {unwanted.id, 0});
+    const std::vector<std::size_t> places = draft.reading().declarations(unwanted.id);
+    for (auto place = places.rbegin(); place != places.rend(); ++place) {
+        const Step &step = draft.reading().steps()[*place];
+        if (!step.included && step.statement->code == unwanted.code)
+            draft.remove(*place);
+    }
+    declareInTime(draft, unwanted.name, unwanted.id);
+}
+
+void noteSharedCode(Draft &draft, const Option &option, const std::string &name)
+{
+    std::set<std::string> others;
+    const std::string_view known = knownName(option.code);
+    if (!known.empty() && draft.reading().code(std::string(known)) == option.code)
+        others.insert(std::string(known));
+    for (const Step &step : draft.reading().steps()) {
+        const bool isDeclaration = step.statement->kind == Statement::Declaration;
+        if (isDeclaration && draft.reading().code(step.statement->names.front().id) == option.code)
+            others.insert(step.statement->names.front().id);
+    }
+    others.erase(option.id);
+    if (option.code == 0 || others.empty())
+        return;
+    std::string line = "code " + std::to_string(option.code) + " of \"" + name + "\" is also the code of \""
+        + *others.begin() + '"';
+    if (others.size() > 1)
+        line += " and " + std::to_string(others.size() - 1) + " more";
+    draft.note(line);
+}
+
+// What a send statement gives the server wins over the list that the client would make (measured).
+void noteSentList(Draft &draft)
+{
+    constexpr int ParameterRequestList = 55;
+    for (const Step &step : draft.reading().steps()) {
+        const std::vector<Name> &uses = step.statement->uses;
+        if (!step.statement->sends || uses.empty())
+            continue;
+        const int code = numberedCode(uses.front().id);
+        if ((code != 0 ? code : draft.reading().code(uses.front().id)) == ParameterRequestList)
+            draft.note((step.included ? fileName(step) + ", " : std::string()) + "line "
+                       + std::to_string(step.statement->line) + " sends a list of its own, whatever is requested");
+    }
+}
+
+/// A command with its argument read.
+struct Edit
+{
+    Command::Kind kind;
+    NewOption option; ///< of a request command: only name and id
+};
+
+std::vector<Edit> readCommands(const std::vector<Command> &commands)
+{
+    std::vector<Edit> edits;
+    for (const Command &command : commands) {
+        const bool isRequest = command.kind == Command::AddRequest || command.kind == Command::DelRequest;
+        Edit edit{command.kind, {}};
+        edit.option = isRequest ? NewOption{command.argument, readName(command.argument), 0, {}}
+                                : readNewOption(command.argument);
+        const std::string &id = edit.option.id;
+        const bool adds = command.kind == Command::AddRequest || command.kind == Command::AddNewOption;
+        if (adds && id.find('.') != std::string::npos)
+            throw Error(Error::Command, quoted(edit.option.name) + " belongs to another option space than DHCPv4's");
+        // The client reads such names as numbers, and "option space" starts another statement.
+        if (adds && (id == "space" || id.compare(0, 8, "unknown-") == 0))
+            throw Error(Error::Command, quoted(edit.option.name) + " is no option name");
+        edits.push_back(std::move(edit));
+    }
+    return edits;
+}
+
+void carryOut(Draft &draft, const std::vector<Edit> &edits, std::size_t index)
+{
+    const NewOption &option = edits[index].option;
+    const auto declaration = std::find_if(edits.begin() + static_cast<std::ptrdiff_t>(index), edits.end(),
+                                          [&option](const Edit &edit) {
+                                              return edit.kind == Command::AddNewOption && edit.option.id == option.id;
+                                          });
+    const bool isDeclaredLater = declaration != edits.end();
+    switch (edits[index].kind) {
+    case Command::AddRequest: {
+        if (isDeclaredLater)
+            declare(draft, declaration->option);
+        const Option requested{option.id, draft.reading().code(option.id)};
+        if (requested.code == 0)
+            throw Error(Error::Command, "cannot request \"" + option.name
+                            + "\": neither the client nor the file knows such an option");
+        request(draft, requested, option.name);
+        declareInTime(draft, option.name, option.id);
+        noteSharedCode(draft, requested, option.name);
+        noteSentList(draft);
         break;
+    }
     case Command::DelRequest:
-        wish.request = false;
-        wish.noRequest = wish.noRequire = true;
+        requestNoMore(draft, {option.id, draft.reading().code(option.id)}, option.name);
+        noteSentList(draft);
         break;
     case Command::AddNewOption:
-        wish.declaration = newOption;
+        declare(draft, option);
+        noteSharedCode(draft, {option.id, option.code}, option.name);
         break;
     case Command::DelNewOption:
-        wish.requestIsLater = false;
-        if (!wish.declaration) {
-            wish.undeclare.push_back(newOption->code);
-        } else if (wish.declaration->code == newOption->code) {
-            wish.declaration.reset();
-            wish.undeclareAll = true;
-        }
+        if (!isDeclaredLater) // which changes the declaration that there is
+            undeclare(draft, option);
         break;
     }
-}
-
-std::vector<Wish> gather(const std::vector<Command> &commands)
-{
-    std::vector<Wish> wishes;
-    for (const Command &command : commands) {
-        std::optional<NewOption> newOption;
-        std::string name = command.argument;
-        // What is to go may be called as it likes.
-        const bool goes = command.kind == Command::DelRequest || command.kind == Command::DelNewOption;
-        if (command.kind == Command::AddNewOption || command.kind == Command::DelNewOption) {
-            newOption = readNewOption(command.argument, goes);
-            name = newOption->name;
-        }
-        const std::string id = newOption ? newOption->id : readName(name, goes);
-        auto wish = std::find_if(wishes.begin(), wishes.end(), [&id](const Wish &other) { return other.id == id; });
-        if (wish == wishes.end()) {
-            wishes.emplace_back();
-            wish = wishes.end() - 1;
-            wish->id = id;
-        }
-        wish->name = name;
-        add(*wish, command, newOption);
-    }
-    return wishes;
-}
-
-void changeRequests(Draft &draft, const std::vector<Wish> &wishes)
-{
-    // What goes may have the built-in list written out, or one behind an include: whether a name stands in there
-    // once too often shows only then.
-    for (const Wish &wish : wishes) {
-        if (wish.noRequest)
-            requestNowhere(draft, wish.id);
-        else if (wish.noRequire)
-            unlist(draft, wish.id, draft.reading().code(wish.id), Lists::Require);
-    }
-    for (const Wish &wish : wishes) {
-        // One that will be unknown stays unrequested.
-        if (wish.request && (wish.declaration || draft.reading().knows(wish.id)))
-            requestOnce(draft, wish.id, wish.name, wish.declaration ? std::stoi(wish.declaration->code) : 0);
-    }
-}
-
-NewOption asDeclared(const Statement &declaration, const Wish &wish)
-{
-    return {wish.name, wish.id, declaration.code, {declaration.type, declaration.encapsulated}};
-}
-
-void changeDeclarations(Draft &draft, const Wish &wish)
-{
-    if (wish.declaration) {
-        declareOnce(draft, *wish.declaration);
-        return;
-    }
-    if (!wish.undeclareAll && wish.undeclare.empty()) {
-        const std::vector<Foreign> foreign = draft.reading().foreignDeclarations(wish.id);
-        const bool late = !foreign.empty() && foreign.front().anchor > draft.reading().firstUse(wish.id);
-        if (wish.request && late && draft.reading().declarations(wish.id).empty())
-            declareOnce(draft, asDeclared(*foreign.back().statement, wish));
-        return;
-    }
-    if (wish.undeclareAll) {
-        undeclare(draft, wish.id, std::nullopt);
-    } else {
-        for (const std::string &code : wish.undeclare)
-            undeclare(draft, wish.id, code);
-    }
-    const Reading &reading = draft.reading();
-    const std::vector<std::size_t> left = reading.declarations(wish.id);
-    if (!reading.knows(wish.id)) {
-        // A list with a name that the client doesn't know is dropped whole.
-        if (!(wish.request && wish.requestIsLater))
-            unlist(draft, wish.id, 0, Lists::Both);
-    } else if (!left.empty() && left.front() > reading.firstUse(wish.id)
-               && reading.foreignDeclarations(wish.id).empty()) {
-        declareOnce(draft, asDeclared(reading.statements()[left.back()], wish));
-    }
-}
-
-// The codes under which the file's end knows DHCPv4 options that it declares; the last declaration wins.
-std::map<std::string_view, std::string_view> declaredCodes(const Reading &reading)
-{
-    std::map<std::string_view, std::string_view> codes;
-    const auto enter = [&codes](const Statement &statement) {
-        if (statement.kind == Statement::Declaration && statement.names.front().id.find('.') == std::string::npos)
-            codes[statement.names.front().id] = statement.code;
-    };
-    auto foreign = reading.foreign().begin();
-    for (std::size_t i = 0; i < reading.statements().size(); ++i) {
-        enter(reading.statements()[i]);
-        for (; foreign != reading.foreign().end() && foreign->anchor == i; ++foreign)
-            enter(*foreign->statement);
-    }
-    return codes;
-}
-
-// The client sends the low byte of a code, whatever stands in the file (measured).
-int sentCode(std::string_view digits)
-{
-    int code = 0;
-    for (const char digit : digits)
-        code = (code * 10 + (digit - '0')) % 256;
-    return code;
-}
-
-void noteSharedCodes(Draft &draft, const std::vector<Wish> &wishes)
-{
-    const auto codes = declaredCodes(draft.reading());
-    for (const Wish &wish : wishes) {
-        if (!(wish.declaration || wish.request))
-            continue;
-        const auto declared = codes.find(wish.id);
-        const int known = knownCode(wish.id);
-        const std::string code = declared != codes.end() ? std::string(declared->second) : std::to_string(known);
-        if (declared == codes.end() && known == 0)
-            continue;
-        std::vector<std::string_view> others;
-        const std::string_view own = knownName(sentCode(code));
-        if (!own.empty() && own != wish.id && codes.count(own) == 0)
-            others.push_back(own);
-        for (const auto &[other, otherCode] : codes) {
-            if (sentCode(otherCode) == sentCode(code) && other != wish.id)
-                others.push_back(other);
-        }
-        if (others.empty())
-            continue;
-        std::string line = "code " + code + " of \"" + wish.name + "\" is also the code of \""
-            + std::string(others.front()) + '"';
-        if (others.size() > 1)
-            line += " and " + std::to_string(others.size() - 1) + " more";
-        draft.note(line);
-    }
-}
-
-void judge(const std::vector<Violation> &before, const std::string &fixedList, const Reading &after,
-           const std::vector<Wish> &wishes, Result &result)
-{
-    for (const Wish &wish : wishes) {
-        if (wish.request && wish.requestIsLater && !after.knows(wish.id))
-            throw Refusal{"cannot request \"" + wish.name + "\": neither the client nor the file knows such an option"};
-        if ((wish.request || wish.noRequest) && !fixedList.empty())
-            throw Refusal{fixedList};
-    }
-    if (after.violations().empty())
-        return;
-    // A fault of the file as it stands is told with its place there.
-    const Violation &fault = after.violations().front();
-    const auto old = std::find_if(before.begin(), before.end(),
-                                  [&fault](const Violation &other) { return other.id == fault.id; });
-    if (old == before.end())
-        throw Refusal{fault.reason};
-    result.status = Result::Broken;
-    result.line = old->line;
-    result.error = old->file.empty() ? old->reason : "in the included \"" + old->file + "\": " + old->reason;
 }
 
 } // namespace
@@ -265,36 +392,18 @@ std::string quoted(std::string_view text)
 
 Result edit(std::string_view text, const std::vector<Command> &commands, const Reader &reader)
 {
-    Result result;
-    try {
-        const std::vector<Wish> wishes = gather(commands);
-        Draft draft(text, reader);
-        const std::vector<Violation> before = draft.reading().violations();
-        std::string fixedList = draft.reading().fixedList();
-        // Declarations go before uses, so all uses come first.
-        changeRequests(draft, wishes);
-        for (const Wish &wish : wishes)
-            changeDeclarations(draft, wish);
-        const Reading &after = draft.reading();
-        if (fixedList.empty())
-            fixedList = after.fixedList();
-        judge(before, fixedList, after, wishes, result);
-        if (result.status != Result::Done)
-            return result;
-        noteSharedCodes(draft, wishes);
-        for (const std::string &path : after.missing())
-            draft.note("the included file \"" + path + "\" cannot be read");
-        result.text = draft.text();
-        result.notes = draft.notes();
-    } catch (const Refusal &refusal) {
-        result.status = Result::Refused;
-        result.error = refusal.reason;
-    } catch (const SyntaxError &error) {
-        result.status = Result::Broken;
-        result.line = error.line;
-        result.error = error.reason;
-    }
-    return result;
+    const std::vector<Edit> edits = readCommands(commands);
+    Draft draft(text, reader);
+    const std::vector<Fault> &faults = draft.reading().faults();
+    if (!faults.empty())
+        throw Error(Error::File, faults.front().reason, faults.front().line);
+    for (std::size_t i = 0; i < edits.size(); ++i)
+        carryOut(draft, edits, i);
+    if (!draft.reading().faults().empty())
+        throw Error(Error::Command, draft.reading().faults().front().reason);
+    for (const std::string &path : draft.reading().missing())
+        draft.note("the included file \"" + path + "\" cannot be read");
+    return {draft.text(), draft.notes()};
 }
 
 } // namespace DhclientConf

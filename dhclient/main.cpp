@@ -3,12 +3,17 @@
 // 2 a wrong argument. With 1 and 2 nothing was written.
 
 #include "edit.h"
-#include "file.h"
+#include "error.h"
 #include "paths.h"
+#include "posix.h"
 
+#include <cerrno>
 #include <csignal>
-#include <new>
+#include <exception>
 
+#include <fcntl.h>
+#include <sys/file.h>
+#include <syslog.h>
 #include <unistd.h>
 
 using namespace DhclientConf;
@@ -25,50 +30,92 @@ constexpr char Help[] =
     "  --add-request NAME                  make the client request an option\n"
     "  --del-request NAME                  make it stop, and no longer require the option\n"
     "  --add-new-option \"NAME CODE TYPE\"   declare an option, types as in dhcp-options(5)\n"
-    "  --del-new-option \"NAME CODE TYPE\"   take the declaration with that code away\n"
+    "  --del-new-option \"NAME CODE TYPE\"   remove the declaration with that code\n"
     "  --help                              show this text\n"
     "  --version                           show the version\n"
     "\n"
     "Statuses: 0 done, 1 the file cannot be read, written or understood, 2 wrong arguments.\n";
 
+constexpr std::size_t LargestFile = std::size_t{16} * 1024 * 1024;
+
 // Standard streams of C++ would cost more than the whole edit.
-void say(int descriptor, const std::string &text)
+void print(int descriptor, const std::string &text)
 {
-    std::string_view rest = text;
-    while (!rest.empty()) {
-        const ssize_t count = ::write(descriptor, rest.data(), rest.size());
-        if (count <= 0)
-            return;
-        rest.remove_prefix(static_cast<std::size_t>(count));
+    try {
+        Posix::writeAll(descriptor, text, "output");
+    } catch (const std::exception &) {
+        // Nobody is left to read it.
     }
 }
 
-int complain(const std::string &line, int status)
+// The program that calls the tool reads neither its output nor its status, so the system log has it too. A trial root
+// is none of the system's business.
+void report(int priority, const std::string &line)
 {
-    say(STDERR_FILENO, "kiro-dhclient-edit: " + line + '\n');
+    print(STDERR_FILENO, "kiro-dhclient-edit: " + line + '\n');
+    if (!Paths::hasRoot())
+        ::syslog(priority, "%s", line.c_str());
+}
+
+int fail(int status, const std::string &line)
+{
+    report(LOG_ERR, line);
     return status;
+}
+
+/// Where the path leads when symbolic links at its end are followed; the last may dangle. Under a root prefix, links
+/// to absolute paths stay below it.
+std::string followed(std::string path)
+{
+    const std::string root = Paths::resolve("/");
+    for (int links = 0; links < 40; ++links) {
+        char target[4096];
+        const ssize_t length = ::readlink(path.c_str(), target, sizeof target);
+        if (length <= 0 || length == sizeof target)
+            return path;
+        const std::string next(target, static_cast<std::size_t>(length));
+        if (next.front() != '/')
+            path = Posix::parentOf(path) + '/' + next;
+        else if (Paths::hasRoot() && next.compare(0, root.size(), root) != 0)
+            path = Paths::resolve(next);
+        else
+            path = next;
+    }
+    errno = ELOOP;
+    Posix::fail("read", path);
 }
 
 std::optional<std::string> readIncluded(const std::string &path)
 {
-    std::string content;
+    // Relative paths are relative to wherever the client starts; nobody can know.
+    if (path.empty() || path.front() != '/' || path.find('\0') != std::string::npos)
+        return std::nullopt;
     try {
-        // Relative paths are relative to wherever the client starts; nobody can know.
-        if (path.empty() || path.front() != '/' || path.find('\0') != std::string::npos
-            || !ConfFile::read(ConfFile::followed(Paths::resolve(path)), content))
-            return std::nullopt;
-    } catch (const std::string &) {
+        return Posix::readFile(followed(Paths::resolve(path)), LargestFile);
+    } catch (const std::exception &) {
         return std::nullopt;
     }
-    return content;
+}
+
+/// Waits until no other run edits the file. The lock stands beside the file, which is replaced; it stays there, since to
+/// remove it would let two runs in, and only its owner may open it, so that nobody else can hold it.
+Posix::Descriptor locked(const std::string &target)
+{
+    const std::size_t name = target.rfind('/') + 1;
+    const std::string path = target.substr(0, name) + '.' + target.substr(name) + ".lock";
+    Posix::Descriptor lock(::open(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK, 0600));
+    while (!lock || ::flock(lock.get(), LOCK_EX) != 0) {
+        if (!lock || errno != EINTR)
+            Posix::fail("lock", path);
+    }
+    return lock;
 }
 
 Result editFile(const std::string &path, const std::vector<Command> &commands, bool &changed)
 {
-    std::string content;
-    ConfFile::read(path, content);
+    const std::string content = Posix::readFile(path, LargestFile).value_or(std::string());
     Result result = edit(content, commands, readIncluded);
-    changed = result.status == Result::Done && result.text != content;
+    changed = result.text != content;
     return result;
 }
 
@@ -76,27 +123,24 @@ int run(const std::vector<Command> &commands)
 {
     const std::string path = Paths::resolve(ConfPath);
     try {
-        const std::string target = ConfFile::followed(path);
+        const std::string target = followed(path);
         bool changed = false;
         Result result = editFile(target, commands, changed);
         if (changed) {
-            const ConfFile::Lock lock(target);
-            // Another tool may have been faster.
+            const Posix::Descriptor lock = locked(target);
+            // Another run may have been faster.
             result = editFile(target, commands, changed);
             if (changed)
-                ConfFile::replace(target, result.text);
+                Posix::replaceFile(target, result.text, Posix::Replacement::Durable);
         }
-        if (result.status == Result::Broken)
-            return complain(path + ", line " + std::to_string(result.line) + ": " + result.error, 1);
-        if (result.status == Result::Refused)
-            return complain(result.error, 2);
         for (const std::string &note : result.notes)
-            complain("note: " + note, 0);
+            report(LOG_NOTICE, "note: " + note);
         return 0;
-    } catch (const std::string &error) {
-        return complain(error, 1);
-    } catch (const std::bad_alloc &) {
-        return complain("out of memory", 1);
+    } catch (const Error &error) {
+        return fail(error.fault, (error.line > 0 ? path + ", line " + std::to_string(error.line) + ": " : std::string())
+                                     + error.what());
+    } catch (const std::exception &error) {
+        return fail(Error::File, error.what());
     }
 }
 
@@ -104,20 +148,21 @@ int run(const std::vector<Command> &commands)
 
 int main(int argc, char *argv[])
 {
-    // Its caller may be gone before it has said all.
+    // Its caller may be gone before it has written all.
     std::signal(SIGPIPE, SIG_IGN);
     static constexpr std::pair<std::string_view, Command::Kind> kinds[] = {
         {"--add-request", Command::AddRequest}, {"--del-request", Command::DelRequest},
         {"--add-new-option", Command::AddNewOption}, {"--del-new-option", Command::DelNewOption}};
+    ::openlog("kiro-dhclient-edit", 0, LOG_DAEMON);
     std::vector<Command> commands;
     for (int i = 1; i < argc; ++i) {
         const std::string_view argument = argv[i];
         if (argument == "--help") {
-            say(STDOUT_FILENO, Help);
+            print(STDOUT_FILENO, Help);
             return 0;
         }
         if (argument == "--version") {
-            say(STDOUT_FILENO, "kiro-dhclient-edit " PROGRAM_VERSION "\n");
+            print(STDOUT_FILENO, "kiro-dhclient-edit " PROGRAM_VERSION "\n");
             return 0;
         }
         bool found = false;
@@ -126,11 +171,11 @@ int main(int argc, char *argv[])
                 continue;
             found = true;
             if (++i == argc)
-                return complain(std::string(word) + " needs an argument", 2);
+                return fail(Error::Command, std::string(word) + " needs an argument");
             commands.push_back({kind, argv[i]});
         }
         if (!found)
-            return complain("unknown argument " + quoted(argument) + ", see --help", 2);
+            return fail(Error::Command, "unknown argument " + quoted(argument) + ", see --help");
     }
     return run(commands);
 }

@@ -1,7 +1,7 @@
 #include "reading.h"
 
+#include "error.h"
 #include "knownoptions.h"
-#include "values.h"
 
 #include <algorithm>
 
@@ -9,285 +9,133 @@ namespace DhclientConf {
 
 namespace {
 
-// The client itself knows no bound and runs into its own stack's; files that include themselves end here.
+// The client knows no bound and exhausts its own stack; files that include themselves end here.
 constexpr int DeepestInclude = 8;
+constexpr std::size_t MostFiles = 100;
 
-bool names(const Statement &statement, const std::string &id)
+bool names(const std::vector<Name> &list, const std::string &id)
 {
-    const auto has = [&id](const std::vector<Name> &list) {
-        return std::any_of(list.begin(), list.end(), [&id](const Name &name) { return name.id == id; });
-    };
-    return (statement.kind != Statement::Declaration && has(statement.names)) || has(statement.uses)
-        || std::any_of(statement.body.begin(), statement.body.end(),
-                       [&id](const Statement &inner) { return names(inner, id); });
+    return std::any_of(list.begin(), list.end(), [&id](const Name &name) { return name.id == id; });
 }
 
 } // namespace
 
-Reading::Reading(std::string_view text, const Reader &reader)
-    : m_text(text), m_reader(reader), m_statements(parse(text))
+Reading::Reading(std::string_view text, const Reader &reader) : reader(reader)
 {
-    Context everywhere{};
-    std::size_t index = 0;
-    for (const std::string_view id : BuiltInRequests)
-        everywhere.entries.push_back({id, nullptr, index++, false});
-    m_contexts.push_back(std::move(everywhere));
-    std::size_t context = 0;
-    read(m_statements, &context, {}, 0);
+    files.push_back({{}, std::string(text), parse(text)});
+    allContexts.emplace_back();
+    read(files.front().statements, 0, nullptr, 0);
 }
 
-void Reading::read(const std::vector<Statement> &statements, std::size_t *context, const std::string &file, int depth)
+void Reading::read(const std::vector<Statement> &statements, std::size_t context, const std::string *included,
+                   int depth)
 {
     for (const Statement &statement : statements) {
-        const bool foreign = depth > 0;
-        if (!foreign && &statements == &m_statements)
-            m_anchor = static_cast<std::size_t>(&statement - m_statements.data());
-        if (foreign)
-            m_foreign.push_back({&statement, m_anchor, m_include, file, *context});
-        for (const Name &name : statement.uses)
-            check(name, file, false);
+        const Step step{&statement, included};
+        allSteps.push_back(step);
+        if (!included)
+            line = statement.line;
         switch (statement.kind) {
         case Statement::Request:
-            readList(statement, *context, file);
-            break;
         case Statement::Require:
-            for (const Name &name : statement.names)
-                check(name, file, true);
+            readList(step, context);
             break;
         case Statement::Declaration:
-            checkDeclaration(statement, file);
-            break;
-        case Statement::Space:
-            // A space declared once more is a new one, without the options of the old (measured).
-            m_encapsulated.erase(statement.word);
-            if (!m_spaces.insert(statement.word).second) {
-                const std::string prefix = statement.word + '.';
-                for (auto name = m_declared.lower_bound(prefix);
-                     name != m_declared.end() && name->first.substr(0, prefix.size()) == prefix;)
-                    name = m_declared.erase(name);
-            }
+            if (!statement.type.empty())
+                declared.insert(statement.names.front().id);
             break;
         case Statement::Include:
             readInclude(statement, context, depth);
             break;
-        case Statement::Block: {
-            std::size_t inner = enter(statement, *context, foreign);
-            read(statement.body, &inner, file, depth);
+        case Statement::Block:
+            read(statement.body, enter(statement, context), included, depth);
             break;
-        }
-        case Statement::Other:
-            checkSent(statement, file);
+        case Statement::Opaque:
             break;
         }
     }
 }
 
-std::size_t Reading::enter(const Statement &block, std::size_t outer, bool foreign)
+void Reading::readList(const Step &list, std::size_t context)
 {
-    std::size_t found = m_contexts.size();
-    if (!block.pseudo) {
-        for (std::size_t i = 1; i < m_contexts.size(); ++i) {
-            if (m_contexts[i].interface == block.word)
-                found = i;
-        }
+    for (const Name &name : list.statement->names) {
+        // Names with a dot belong to other option spaces, which are not looked into.
+        if (name.id.find('.') != std::string::npos || knownCode(name.id) != 0 || numberedCode(name.id) != 0
+            || declared.count(name.id) != 0)
+            continue;
+        std::string reason = "no option is called \"" + name.id + "\" here";
+        if (list.included)
+            reason = "in \"" + *list.included + "\", line " + std::to_string(name.line) + ": " + reason;
+        allFaults.push_back({std::move(reason), list.included ? line : name.line});
     }
-    if (found == m_contexts.size()) {
-        Context copy{};
-        copy.interface = block.pseudo ? "pseudo " + block.word : block.word;
-        copy.isPseudo = block.pseudo;
-        copy.entries = m_contexts[outer].entries;
-        copy.include = foreign ? m_include : nullptr;
-        m_contexts.push_back(std::move(copy));
-    }
-    if (!foreign)
-        m_contexts[found].blocks.push_back(&block);
-    return found;
+    if (list.statement->kind == Statement::Require)
+        return;
+    std::vector<Step> &lists = allContexts[context].lists;
+    if (!list.statement->also)
+        lists.clear();
+    lists.push_back(list);
 }
 
-void Reading::readList(const Statement &list, std::size_t context, const std::string &file)
+void Reading::readInclude(const Statement &include, std::size_t context, int depth)
 {
-    std::vector<Entry> &entries = m_contexts[context].entries;
-    if (!list.also)
-        entries.clear();
-    for (std::size_t i = 0; i < list.names.size(); ++i) {
-        check(list.names[i], file, true);
-        entries.push_back({list.names[i].id, &list, i, !file.empty()});
-    }
-}
-
-void Reading::readInclude(const Statement &include, std::size_t *context, int depth)
-{
-    const std::optional<std::string> content = m_reader(include.word);
+    std::optional<std::string> content = reader(include.word);
     if (!content) {
-        m_missing.push_back(include.word);
+        unreadable.push_back(include.word);
         return;
     }
-    if (depth == DeepestInclude)
-        throw SyntaxError{m_statements[m_anchor].line, include.word + ": files included too deeply"};
+    if (depth == DeepestInclude || files.size() == MostFiles)
+        throw Error(Error::File, include.word + ": too many files included", line);
+    files.push_back({include.word, std::move(*content), {}});
+    File &file = files.back();
     try {
-        auto statements = std::make_unique<std::vector<Statement>>(parse(*content, *context != 0));
-        const std::vector<Statement> &kept = *statements;
-        if (depth == 0)
-            m_include = &include;
-        m_included.emplace(&include, std::move(statements));
-        read(kept, context, include.word, depth + 1);
-    } catch (const SyntaxError &error) {
-        if (depth > 0)
-            throw;
-        throw SyntaxError{include.line, "in \"" + include.word + "\", line " + std::to_string(error.line) + ": "
-                                            + error.reason};
+        file.statements = parse(file.text, context != 0);
+    } catch (const Error &error) {
+        throw Error(Error::File, "in \"" + include.word + "\", line " + std::to_string(error.line) + ": " + error.what(),
+                    line);
     }
+    read(file.statements, context, &file.path, depth + 1);
 }
 
-bool Reading::replacesList(const Statement &include) const
+std::size_t Reading::enter(const Statement &block, std::size_t outer)
 {
-    const auto found = m_included.find(&include);
-    return found != m_included.end()
-        && std::any_of(found->second->begin(), found->second->end(), [this](const Statement &statement) {
-               return (statement.kind == Statement::Request && !statement.also)
-                   || (statement.kind == Statement::Include && replacesList(statement));
-           });
-}
-
-bool Reading::knows(const std::string &id) const
-{
-    return isDeclared(id) || isKnownOption(id);
-}
-
-const Foreign &Reading::foreign(const Entry &entry) const
-{
-    return *std::find_if(m_foreign.begin(), m_foreign.end(),
-                         [&entry](const Foreign &foreign) { return foreign.statement == entry.list; });
-}
-
-int Reading::code(const std::string &id) const
-{
-    if (id.find('.') != std::string::npos)
-        return 0;
-    const auto declared = m_declared.find(id);
-    if (declared == m_declared.end())
-        return knownCode(id);
-    const std::string &code = declared->second->code;
-    return code.size() <= 3 ? std::stoi(code) : 0;
-}
-
-bool Reading::knowsSpace(const std::string &space) const
-{
-    return m_spaces.count(space) != 0 || isKnownSpace(space);
-}
-
-// How the values of an option that is known here are written.
-std::string Reading::format(const std::string &id) const
-{
-    const auto declared = m_declared.find(id);
-    if (declared != m_declared.end())
-        return formatOf(declared->second->type);
-    if (isKnownOption(id))
-        return std::string(knownFormat(id));
-    const int code = numberedCode(id);
-    for (const auto &[other, declaration] : m_declared) {
-        if (code != 0 && other.find('.') == std::string_view::npos && declaration->code == std::to_string(code))
-            return formatOf(declaration->type);
-    }
-    const std::string_view known = knownName(code);
-    return known.empty() ? "X" : std::string(knownFormat(known));
-}
-
-void Reading::check(const Name &name, const std::string &file, bool request)
-{
-    if (!isDeclared(name.id) && !isKnownOption(name.id) && !isNumberedOption(name.id))
-        m_violations.push_back({file, name.line, name.id, "no option is called \"" + name.id + "\" here", request});
-    else if (!name.value.empty() && !fits(name.value, format(name.id)))
-        m_violations.push_back({file, name.line, name.id, "\"" + name.id + "\" has no such values", false});
-}
-
-void Reading::checkDeclaration(const Statement &declaration, const std::string &file)
-{
-    const std::string &id = declaration.names.front().id;
-    const std::size_t dot = id.find('.');
-    const auto want = [&](const std::string &space) {
-        if (!knowsSpace(space))
-            m_violations.push_back({file, declaration.line, id, "no option space is called \"" + space + "\" here",
-                                    false});
-    };
-    if (dot != std::string::npos)
-        want(id.substr(0, dot));
-    if (const std::string &space = declaration.encapsulated; !space.empty()) {
-        want(space);
-        // The client ends when it reads such a declaration (measured).
-        if (!canBeEncapsulated(space) || !m_encapsulated.insert(space).second)
-            m_violations.push_back({file, declaration.line, id, "the client cannot encapsulate \"" + space + "\" here",
-                                    false});
-    }
-    if (!isReadAsNumber(id))
-        m_declared[id] = &declaration;
-}
-
-// What a send statement gives the client wins over the list that it would make (measured); not what the other
-// statements give, nor a send statement under a condition.
-void Reading::checkSent(const Statement &statement, const std::string &file)
-{
-    constexpr int ParameterRequestList = 55;
-    if (!statement.send || statement.uses.empty() || !m_fixedList.empty())
-        return;
-    const std::string &id = statement.uses.front().id;
-    if (code(id) == ParameterRequestList || numberedCode(id) == ParameterRequestList)
-        m_fixedList = (file.empty() ? std::string() : "in the included \"" + file + "\": ") + "line "
-            + std::to_string(statement.line) + " sends a list of its own, whatever is requested";
+    const auto known = std::find_if(allContexts.begin() + 1, allContexts.end(), [&block](const Context &context) {
+        return context.interface == block.word;
+    });
+    if (known != allContexts.end() && block.word.front() == '"') // no second block reaches a pseudo interface
+        return static_cast<std::size_t>(known - allContexts.begin());
+    allContexts.push_back({block.word, allContexts[outer].lists});
+    return allContexts.size() - 1;
 }
 
 std::vector<std::size_t> Reading::declarations(const std::string &id) const
 {
-    std::vector<std::size_t> result;
-    for (std::size_t i = 0; i < m_statements.size(); ++i) {
-        if (m_statements[i].kind == Statement::Declaration && m_statements[i].names.front().id == id)
-            result.push_back(i);
+    std::vector<std::size_t> places;
+    for (std::size_t i = 0; i < allSteps.size(); ++i) {
+        const Statement &statement = *allSteps[i].statement;
+        if (statement.kind == Statement::Declaration && statement.names.front().id == id)
+            places.push_back(i);
     }
-    return result;
-}
-
-std::vector<Foreign> Reading::foreignDeclarations(const std::string &id) const
-{
-    std::vector<Foreign> result;
-    std::copy_if(m_foreign.begin(), m_foreign.end(), std::back_inserter(result), [&id](const Foreign &foreign) {
-        return foreign.statement->kind == Statement::Declaration && foreign.statement->names.front().id == id;
-    });
-    return result;
+    return places;
 }
 
 std::size_t Reading::firstUse(const std::string &id) const
 {
-    std::size_t first = std::string::npos;
-    for (std::size_t i = 0; i < m_statements.size() && first == std::string::npos; ++i) {
-        if (names(m_statements[i], id))
-            first = i;
-    }
-    for (const Foreign &foreign : m_foreign) {
-        if (names(*foreign.statement, id))
-            first = std::min(first, foreign.anchor);
-    }
-    return first;
+    const auto use = std::find_if(allSteps.begin(), allSteps.end(), [&id](const Step &step) {
+        return (step.statement->kind != Statement::Declaration && names(step.statement->names, id))
+            || names(step.statement->uses, id);
+    });
+    return static_cast<std::size_t>(use - allSteps.begin());
 }
 
-const Reading &Draft::reading()
+int Reading::code(const std::string &id) const
 {
-    if (!m_reading)
-        m_reading = std::make_unique<Reading>(m_text, m_reader);
-    return *m_reading;
-}
-
-void Draft::change(std::string text)
-{
-    if (text == m_text)
-        return;
-    m_reading.reset();
-    m_text = std::move(text);
-}
-
-void Draft::note(const std::string &line)
-{
-    if (std::find(m_notes.begin(), m_notes.end(), line) == m_notes.end())
-        m_notes.push_back(line);
+    const std::vector<std::size_t> places = declarations(id);
+    const auto last = std::find_if(places.rbegin(), places.rend(), [this](std::size_t place) {
+        return !allSteps[place].statement->type.empty();
+    });
+    if (id.find('.') != std::string::npos)
+        return 0;
+    return last == places.rend() ? knownCode(id) : allSteps[*last].statement->code;
 }
 
 } // namespace DhclientConf

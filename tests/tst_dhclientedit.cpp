@@ -1,4 +1,4 @@
-// The built tool against a root of its own: statuses, every byte of output, and what happens to the file.
+// The built edit tool against a root of its own: golden cases, statuses, every byte of output, what happens to files.
 
 #include "trial.h"
 
@@ -12,19 +12,58 @@
 #include <vector>
 
 #include <fcntl.h>
-#include <signal.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
 
-QString u(const char *text)
+const QString Conf = QStringLiteral("/etc/dhcp/dhclient.conf");
+const QString Tool = QStringLiteral(TOOL_PATH);
+
+/// A case of cases.txt: its sections by name.
+struct Golden
 {
-    return QString::fromUtf8(text);
+    QByteArray title;
+    QMap<QByteArray, QByteArray> sections;
+};
+
+QVector<Golden> goldens()
+{
+    QFile file(QStringLiteral(CASES_PATH));
+    if (!file.open(QIODevice::ReadOnly))
+        qFatal("no %s", CASES_PATH);
+    QVector<Golden> result;
+    QByteArray section;
+    while (!file.atEnd()) {
+        QByteArray line = file.readLine();
+        if (line.startsWith("== "))
+            result.append(Golden{line.mid(3).trimmed(), {}});
+        else if (line.startsWith("-- "))
+            section = line.mid(3).trimmed();
+        else if (!result.isEmpty())
+            result.last().sections[section] += line.replace("<CR>", "\r");
+    }
+    for (Golden &golden : result) {
+        for (QByteArray &text : golden.sections) {
+            if (text.endsWith("\n\n")) // the blank line before the next case
+                text.chop(1);
+            text.replace("<END>\n", "");
+        }
+    }
+    return result;
 }
 
-const QString Conf = u("/etc/dhcp/dhclient.conf");
+QStringList argumentsOf(const QByteArray &commands)
+{
+    QStringList arguments;
+    for (const QByteArray &line : commands.split('\n')) {
+        const int blank = line.indexOf(' ');
+        if (blank > 0)
+            arguments << QString::fromUtf8(line.left(blank)) << QString::fromUtf8(line.mid(blank + 1));
+    }
+    return arguments;
+}
 
 } // namespace
 
@@ -33,246 +72,222 @@ class TestDhclientEdit : public QObject
     Q_OBJECT
 
 private slots:
-    void init() { m_root = std::make_unique<TrialRoot>(); }
+    void init() { root = std::make_unique<TrialRoot>(); }
 
-    void statuses_data()
+    void golden_data()
     {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<QByteArray>("before");
-        QTest::addColumn<QByteArray>("after");
-        QTest::addColumn<QString>("errors"); // "FILE" stands for the path
-        QTest::addColumn<int>("status");
-        const QByteArray routers = "request routers;\n";
-        const auto row = [](const char *name, const QStringList &arguments, const QByteArray &before,
-                            const QByteArray &after, const char *errors, int status) {
-            QTest::newRow(name) << arguments << before << after << u(errors) << status;
-        };
-        row("nothing asked", {}, routers, routers, "", 0);
-        row("done", {u("--add-request"), u("ntp-servers")}, routers, "request routers, ntp-servers;\n", "", 0);
-        row("several commands land together", {u("--add-new-option"), u("foo 200 text"), u("--add-request"), u("foo"),
-                                               u("--del-request"), u("routers")},
-            routers, "option foo code 200 = text;\nrequest foo;\n", "", 0);
-        row("a note", {u("--add-new-option"), u("foo 3 text")}, routers, routers + "option foo code 3 = text;\n",
-            "kiro-dhclient-edit: note: code 3 of \"foo\" is also the code of \"routers\"\n", 0);
-        row("one command of several is wrong",
-            {u("--add-request"), u("ntp-servers"), u("--add-new-option"), u("foo 0 text")}, routers, routers,
-            "kiro-dhclient-edit: \"0\" is no option code from 1 to 254 in \"foo 0 text\"\n", 2);
-        row("unknown option", {u("--add-request"), u("foo\n")}, routers, routers,
-            "kiro-dhclient-edit: \"foo?\" is no option name\n", 2);
-        row("no argument", {u("--add-request")}, routers, routers,
-            "kiro-dhclient-edit: --add-request needs an argument\n", 2);
-        row("unknown command", {u("routers")}, routers, routers,
-            "kiro-dhclient-edit: unknown argument \"routers\", see --help\n", 2);
-        row("broken file", {u("--add-request"), u("ntp-servers")}, "request routers\nrequest;\n",
-            "request routers\nrequest;\n", "kiro-dhclient-edit: FILE, line 1: \";\" expected\n", 1);
-        row("--version", {u("--version"), u("--add-request"), u("x")}, routers, routers, "", 0);
+        QTest::addColumn<int>("index");
+        const QVector<Golden> cases = goldens();
+        for (int i = 0; i < cases.size(); ++i)
+            QTest::newRow(cases[i].title.constData()) << i;
     }
 
-    void statuses()
+    void golden()
     {
-        QFETCH(QStringList, arguments);
-        QFETCH(QByteArray, before);
-        QFETCH(QString, errors);
-        m_root->write(Conf, before);
-        QFETCH(int, status);
+        QFETCH(int, index);
+        const QMap<QByteArray, QByteArray> sections = goldens().at(index).sections;
+        const QStringList arguments = argumentsOf(sections["COMMANDS"]);
+        root->write(QStringLiteral("/included.conf"), "option inc code 190 = text; request inc, routers;");
+        root->write(Conf, sections["OLD"]);
+        const int status = run(arguments);
+        errors.replace("kiro-dhclient-edit: ", "").replace("note: ", "").replace(
+            QFile::encodeName(root->path(Conf)), "FILE");
+        const QByteArray expected = status == 0 ? sections["EXPECTED"] : sections["OLD"];
+        const QByteArray said = status == 0 ? sections["NOTES"] : sections["ERROR"];
+        const QByteArray got = status == 0 ? errors : QByteArray::number(status) + ' ' + errors;
+        if (content() != expected || got != said) {
+            const QByteArray shown = "\n-- OLD\n" + sections["OLD"] + "-- COMMANDS\n" + sections["COMMANDS"]
+                + "-- EXPECTED\n" + expected + said + "-- GOT\n" + content() + got;
+            QFAIL(shown.constData());
+        }
+        const struct stat before = fileStatus();
         QCOMPARE(run(arguments), status);
-        QCOMPARE(m_errors, errors.replace(u("FILE"), m_root->path(Conf)).toUtf8());
-        QTEST(content(), "after");
-        QVERIFY(m_output.isEmpty() || m_output.startsWith("kiro-dhclient-edit 0."));
+        QCOMPARE(fileStatus().st_ino, before.st_ino); // where nothing changes, nothing is written
     }
 
-    void help()
+    void refused_data()
     {
-        QCOMPARE(run({u("--help")}), 0);
-        QVERIFY(m_output.startsWith("Usage: kiro-dhclient-edit [COMMAND ARGUMENT]...\n"));
-        for (const char *command : {"--add-request", "--del-request", "--add-new-option", "--del-new-option"})
-            QVERIFY(m_output.contains(command));
-        QCOMPARE(m_errors, QByteArray());
+        QTest::addColumn<QByteArray>("text");
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QString>("error");
+        const auto row = [](const char *text, const QStringList &arguments, int status, const QString &error) {
+            QTest::addRow("%s %s", text, qPrintable(arguments.join(u' '))) << QByteArray(text) << arguments << status
+                                                                          << error;
+        };
+        const auto broken = [&row](const char *text, int line, const char *reason) {
+            row(text, {"--add-request", "routers"}, 1,
+                QStringLiteral("FILE, line %1: %2").arg(QString::number(line), QString::fromUtf8(reason)));
+        };
+        broken("timeout 5;\n\nrequest routers\ntimeout 6;\n", 3, "\";\" expected");
+        broken("\nsend host-name \"x;\nrequest routers;\n", 2, "a string without its closing quote");
+        broken("interface \"e0\" {\n timeout 3;\n", 2, "\"}\" expected");
+        broken("interface \"e0\" {\n timeout 3 }\n", 2, "\";\" expected");
+        broken("if exists routers {\n timeout 3;", 2, "\"}\" expected");
+        broken("timeout 3;\n}", 2, "a \"}\" without its \"{\"");
+        broken("timeout 3", 1, "\";\" expected");
+        broken("request routers,\n nosuch;", 2, "no option is called \"nosuch\" here");
+        broken("option foo code 200 = array of text; require foo;", 1, "no option is called \"foo\" here");
+        broken("\ninclude \"/broken.conf\";\n", 2, "in \"/broken.conf\", line 2: \";\" expected");
+        broken("include \"/unknown.conf\";", 1, "in \"/unknown.conf\", line 2: no option is called \"nosuch\" here");
+        broken("interface \"e0\" { include \"/itself.conf\"; }", 1, "/itself.conf: too many files included");
+        const auto wrong = [&row](const QString &command, const QString &argument, const QString &error) {
+            row("request subnet-mask;\n", {"--add-request", "ntp-servers", command, argument}, 2, error);
+        };
+        for (const char *name : {"", "12", "foo\n", "routers;request", ".routers", "\"routers\"", "r\xc3\xa4", "space",
+                                 "unknown-228"}) {
+            const QString shown = QString::fromUtf8(name).toUtf8().replace('\n', '?').replace("\xc3\xa4", "??");
+            wrong("--add-request", name, '"' + shown + "\" is no option name");
+        }
+        wrong("--add-request", "nosuch", "cannot request \"nosuch\": neither the client nor the file knows such an option");
+        wrong("--add-new-option", "a.b 1 text", "\"a.b\" belongs to another option space than DHCPv4's");
+        for (const char *code : {"0", "255", "-1", "0x10", "010", "4294967496"})
+            wrong("--add-new-option", QStringLiteral("foo %1 text").arg(code),
+                  QStringLiteral("\"%1\" is no option code from 1 to 254 in \"foo %1 text\"").arg(code));
+        wrong("--add-new-option", "foo 200", "\"\" is no option type in \"foo 200\"");
+        row("request routers;", {"--add-request"}, 2, "--add-request needs an argument");
+        row("request routers;", {"routers"}, 2, "unknown argument \"routers\", see --help");
     }
 
-    void missingFile()
+    void refused()
     {
-        QVERIFY(QDir().mkpath(m_root->path(u("/etc/dhcp"))));
-        QCOMPARE(run({u("--del-request"), u("ntp-servers")}), 0);
-        QVERIFY(!QFile::exists(m_root->path(Conf)));
-        QCOMPARE(run({u("--add-request"), u("ntp-servers")}), 0);
+        QFETCH(QByteArray, text);
+        QFETCH(QStringList, arguments);
+        QFETCH(QString, error);
+        root->write(QStringLiteral("/broken.conf"), "timeout 5;\nrequest routers\n");
+        root->write(QStringLiteral("/unknown.conf"), "timeout 5;\nrequest nosuch;\n");
+        root->write(QStringLiteral("/itself.conf"), "include \"/itself.conf\";\n");
+        root->write(Conf, text);
+        QTEST(run(arguments), "status");
+        QCOMPARE(QString::fromUtf8(errors), "kiro-dhclient-edit: " + error.replace("FILE", root->path(Conf)) + '\n');
+        QCOMPARE(content(), text);
+    }
+
+    void types()
+    {
+        const struct { bool isType; std::vector<const char *> types; } rows[] = {
+            {true, {"boolean", "integer 8", "UNSIGNED  integer 32", "signed integer 16", "ip-address", "ip6-address",
+                    "text", "string", "domain-name", "domain-list compressed", "array of { ip-address, integer 8 }",
+                    "{ boolean, array of integer 32, text }", "encapsulate dhcp6"}},
+            {false, {"flag", "integer", "integer 64", "unsigned", "domain-name compressed", "array ip-address",
+                     "array of text", "array of domain-list", "array of array of boolean", "array of encapsulate x",
+                     "{ }", "{ text, boolean }", "{ ip-address, }", "{ ip-address integer 8 }", "{ { text } }",
+                     "array of { array of boolean }", "array of { ip-address, text }", "text text", "text; request"}}};
+        for (const auto &row : rows) {
+            for (const char *type : row.types) {
+                root->write(Conf, "timeout 5;\n");
+                QVERIFY2((run({"--add-new-option", QStringLiteral("foo 200 ") + type}) == 0) == row.isType, type);
+            }
+        }
+    }
+
+    void helpAndVersion()
+    {
+        QCOMPARE(run({"--help"}), 0);
+        QVERIFY(output.startsWith("Usage: kiro-dhclient-edit [COMMAND ARGUMENT]...\n") && errors.isEmpty());
+        QCOMPARE(run({"--version", "--add-request", "x"}), 0);
+        QVERIFY(output.startsWith("kiro-dhclient-edit 0.") && errors.isEmpty());
+    }
+
+    void missingAndUnreadable()
+    {
+        QCOMPARE(run({"--add-request", "ntp-servers"}), 1);
+        QVERIFY2(errors.endsWith("No such file or directory\n") && errors.count('\n') == 1, errors.constData());
+        QVERIFY(QDir().mkpath(root->path(QStringLiteral("/etc/dhcp"))));
+        QCOMPARE(run({"--del-request", "ntp-servers"}), 0);
+        QVERIFY(!QFile::exists(root->path(Conf)));
+        QCOMPARE(run({"--add-request", "ntp-servers"}), 0);
         QCOMPARE(content(), QByteArray("also request ntp-servers;\n"));
         QCOMPARE(int(fileStatus().st_mode & 07777), 0644);
+        QVERIFY(QFile::remove(root->path(Conf)));
+        QCOMPARE(::mkfifo(QFile::encodeName(root->path(Conf)).constData(), 0600), 0);
+        QCOMPARE(run({"--add-request", "ntp-servers"}), 1);
+        QCOMPARE(errors, "kiro-dhclient-edit: cannot read \"" + root->path(Conf).toUtf8() + "\": Invalid argument\n");
     }
 
-    void missingFolder()
+    void linkModeAndOwner()
     {
-        QCOMPARE(run({u("--add-request"), u("ntp-servers")}), 1);
-        QVERIFY2(m_errors.endsWith("No such file or directory\n") && m_errors.count('\n') == 1, m_errors.constData());
-    }
-
-    void unreadable()
-    {
-        QVERIFY(QDir().mkpath(m_root->path(Conf)));
-        QCOMPARE(run({u("--add-request"), u("ntp-servers")}), 1);
-        QCOMPARE(m_errors, "kiro-dhclient-edit: cannot read \"" + m_root->path(Conf).toUtf8() + "\": Is a directory\n");
-        QVERIFY(QDir().rmdir(m_root->path(Conf)));
-        QCOMPARE(::mkfifo(QFile::encodeName(m_root->path(Conf)).constData(), 0600), 0);
-        QCOMPARE(run({u("--add-request"), u("ntp-servers")}), 1);
-    }
-
-    void unchanged()
-    {
-        m_root->write(Conf, "request routers;");
-        const struct stat before = fileStatus();
-        QCOMPARE(run({u("--add-request"), u("routers")}), 0);
-        QCOMPARE(fileStatus().st_ino, before.st_ino);
-        QCOMPARE(QDir(m_root->path(u("/etc/dhcp"))).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
-                 QStringList(u("dhclient.conf")));
-    }
-
-    void modeAndOwner()
-    {
-        m_root->write(Conf, "request routers;");
-        const QByteArray path = QFile::encodeName(m_root->path(Conf));
+        const QString real = QStringLiteral("/etc/elsewhere/real.conf");
+        root->write(real, "request routers;\n");
+        const QByteArray path = QFile::encodeName(root->path(real));
         QCOMPARE(::chmod(path.constData(), 0640), 0);
-        const bool root = ::geteuid() == 0;
-        if (root)
-            QCOMPARE(::chown(path.constData(), 12, 34), 0);
-        QCOMPARE(run({u("--add-request"), u("ntp-servers")}), 0);
-        QCOMPARE(content(), QByteArray("request routers, ntp-servers;"));
-        QCOMPARE(int(fileStatus().st_mode & 07777), 0640);
-        if (!root)
-            QSKIP("only root may give files away");
-        QCOMPARE(int(fileStatus().st_uid), 12);
-        QCOMPARE(int(fileStatus().st_gid), 34);
-    }
-
-    void links_data()
-    {
-        QTest::addColumn<QString>("target");
-        QTest::newRow("relative") << u("../elsewhere/real.conf");
-        QTest::newRow("absolute, below the root") << u("/etc/elsewhere/real.conf");
-    }
-
-    void links()
-    {
-        QFETCH(QString, target);
-        m_root->write(u("/etc/elsewhere/real.conf"), "request routers;\n");
-        QVERIFY(QDir().mkpath(m_root->path(u("/etc/dhcp"))));
-        QVERIFY(QFile::link(target, m_root->path(Conf)));
-        QCOMPARE(run({u("--add-request"), u("ntp-servers")}), 0);
-        QVERIFY(QFileInfo(m_root->path(Conf)).isSymLink());
-        QCOMPARE(content(u("/etc/elsewhere/real.conf")), QByteArray("request routers, ntp-servers;\n"));
-    }
-
-    void includedBelowTheRoot()
-    {
-        m_root->write(Conf, "include \"/etc/dhcp/more.conf\";\n");
-        m_root->write(u("/etc/dhcp/more.conf"), "request routers;\noption foo code 200 = text;\n");
-        QCOMPARE(run({u("--add-request"), u("foo")}), 0);
-        QCOMPARE(content(), QByteArray("include \"/etc/dhcp/more.conf\";\nalso request foo;\n"));
-        QCOMPARE(m_errors, QByteArray());
-        m_root->write(u("/etc/dhcp/more.conf"), "request routers\n");
-        QCOMPARE(run({u("--add-request"), u("routers")}), 1);
-        QVERIFY(m_errors.contains("/etc/dhcp/dhclient.conf, line 1: in \"/etc/dhcp/more.conf\", line 1: "));
-    }
-
-    void twoAtOnce()
-    {
-        m_root->write(Conf, "request routers;\n");
-        const QStringList names({u("ntp-servers"), u("log-servers"), u("time-servers"), u("smtp-server"),
-                                 u("domain-search"), u("nis-servers"), u("lpr-servers"), u("pop-server")});
-        std::vector<std::unique_ptr<QProcess>> tools;
-        for (const QString &name : names) {
-            tools.push_back(std::make_unique<QProcess>());
-            tools.back()->start(u(TOOL_PATH), {u("--add-request"), name});
+        const bool isRoot = ::geteuid() == 0;
+        QCOMPARE(isRoot ? ::chown(path.constData(), 12, 34) : 0, 0);
+        QVERIFY(QDir().mkpath(root->path(QStringLiteral("/etc/dhcp"))));
+        for (const QString &target : {QStringLiteral("../elsewhere/real.conf"), real}) { // the absolute one below the root
+            QFile::remove(root->path(Conf));
+            QVERIFY(QFile::link(target, root->path(Conf)));
+            root->write(real, "request routers;\n");
+            QCOMPARE(run({"--add-request", "ntp-servers"}), 0);
+            QVERIFY(QFileInfo(root->path(Conf)).isSymLink());
+            QCOMPARE(content(real), QByteArray("request routers, ntp-servers;\n"));
+            QCOMPARE(int(fileStatus(real).st_mode & 07777), 0640);
+            QVERIFY(!isRoot || (fileStatus(real).st_uid == 12 && fileStatus(real).st_gid == 34));
         }
-        for (const auto &tool : tools) {
-            QVERIFY(tool->waitForFinished());
-            QCOMPARE(tool->exitCode(), 0);
-        }
-        for (const QString &name : names)
-            QCOMPARE(content().count(name.toUtf8()), 1);
     }
 
     void waitsForTheLock()
     {
-        m_root->write(Conf, "request routers;\n");
-        const QByteArray lock = QFile::encodeName(m_root->path(u("/etc/dhcp/.dhclient.conf.lock")));
+        root->write(Conf, "request routers;\n");
+        const QByteArray lock = QFile::encodeName(root->path(QStringLiteral("/etc/dhcp/.dhclient.conf.lock")));
         const int descriptor = ::open(lock.constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
         QCOMPARE(::flock(descriptor, LOCK_EX), 0);
         QProcess tool;
-        tool.start(u(TOOL_PATH), {u("--add-request"), u("ntp-servers")});
+        tool.start(Tool, {"--add-request", "ntp-servers"});
         QVERIFY(!tool.waitForFinished(300));
-        QCOMPARE(content(), QByteArray("request routers;\n"));
-        m_root->write(Conf, "request subnet-mask;\n"); // what the other tool did meanwhile
+        root->write(Conf, "request subnet-mask;\n"); // what the other run did meanwhile
         ::close(descriptor);
         QVERIFY(tool.waitForFinished());
         QCOMPARE(content(), QByteArray("request subnet-mask, ntp-servers;\n"));
-        QCOMPARE(QFileInfo(QFile::decodeName(lock)).permissions() & (QFile::ReadGroup | QFile::ReadOther),
-                 QFile::Permissions());
     }
 
     void killed()
     {
-        QByteArray old = "request routers;\n";
-        while (old.size() < 200000)
-            old += "# filler\n";
+        QByteArray old = "request routers;\n" + QByteArray("# filler\n").repeated(20000);
         const QByteArray changed = "request routers, ntp-servers;\n" + old.mid(17);
-        int replaced = 0;
-        for (int i = 0; i < 60; ++i) {
-            m_root->write(Conf, old);
+        for (int i = 0; i < 40; ++i) {
+            root->write(Conf, old);
             QProcess tool;
-            tool.start(u(TOOL_PATH), {u("--add-request"), u("ntp-servers")});
+            tool.start(Tool, {"--add-request", "ntp-servers"});
             QVERIFY(tool.waitForStarted());
             ::usleep(static_cast<useconds_t>(i * 400));
             tool.kill();
             QVERIFY(tool.waitForFinished());
-            const QByteArray now = content();
-            QVERIFY(now == old || now == changed);
-            replaced += now == changed;
+            QVERIFY(content() == old || content() == changed);
         }
-        qDebug("%d of 60 came to the rename", replaced);
-        QCOMPARE(run({u("--add-request"), u("ntp-servers")}), 0); // over whatever was left behind
+        QCOMPARE(run({"--add-request", "ntp-servers"}), 0); // over whatever was left
         QCOMPARE(content(), changed);
-        QVERIFY(!QFile::exists(m_root->path(u("/etc/dhcp/.dhclient.conf.new"))));
-    }
-
-    void closedPipe()
-    {
-        m_root->write(Conf, "request routers;\n");
-        QProcess shell;
-        shell.start(u("/bin/sh"),
-                    {u("-c"), u("(sleep 0.2; \"$0\" --add-new-option 'foo 3 text'; echo $? >\"$1\") 2>&1 | :"),
-                     u(TOOL_PATH), m_root->path(u("/status"))});
-        QVERIFY(shell.waitForFinished());
-        QTRY_COMPARE(content(u("/status")), QByteArray("0\n"));
+        QVERIFY(!QFile::exists(root->path(QStringLiteral("/etc/dhcp/.dhclient.conf.new"))));
     }
 
 private:
     int run(const QStringList &arguments)
     {
         QProcess process;
-        process.start(u(TOOL_PATH), arguments);
+        process.start(Tool, arguments);
         if (!process.waitForFinished() || process.exitStatus() != QProcess::NormalExit)
             return -1;
-        m_output = process.readAllStandardOutput();
-        m_errors = process.readAllStandardError();
+        output = process.readAllStandardOutput();
+        errors = process.readAllStandardError();
         return process.exitCode();
     }
 
     QByteArray content(const QString &path = Conf) const
     {
-        QFile file(m_root->path(path));
+        QFile file(root->path(path));
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no file");
     }
 
-    struct stat fileStatus() const
+    struct stat fileStatus(const QString &path = Conf) const
     {
         struct stat result = {};
-        ::stat(QFile::encodeName(m_root->path(Conf)).constData(), &result);
+        ::stat(QFile::encodeName(root->path(path)).constData(), &result);
         return result;
     }
 
-    std::unique_ptr<TrialRoot> m_root;
-    QByteArray m_output;
-    QByteArray m_errors;
+    std::unique_ptr<TrialRoot> root;
+    QByteArray output;
+    QByteArray errors;
 };
 
 QTEST_GUILESS_MAIN(TestDhclientEdit)

@@ -1,0 +1,26 @@
+#ifndef ERROR_H
+#define ERROR_H
+
+#include <stdexcept>
+#include <string>
+
+namespace DhclientConf {
+
+/// Why an edit is not done; nothing is to be written. what() is one line without its end.
+class Error : public std::runtime_error
+{
+public:
+    enum Fault {
+        File = 1,   ///< the configuration can't be understood, or the client would drop a list of it
+        Command = 2 ///< a command asks for what can't be done
+    };
+
+    Error(Fault fault, const std::string &reason, int line = 0) : runtime_error(reason), fault(fault), line(line) {}
+
+    Fault fault; ///< the exit status for it
+    int line;    ///< of the edited file, from 1; 0 if it is about none
+};
+
+} // namespace DhclientConf
+
+#endif

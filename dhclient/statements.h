@@ -1,0 +1,73 @@
+#ifndef STATEMENTS_H
+#define STATEMENTS_H
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace DhclientConf {
+
+/// A range of a text: byte offsets, `end` is one past the last byte.
+struct Range
+{
+    std::size_t begin = 0;
+    std::size_t end = 0;
+};
+
+/// An option's name where the text writes it.
+struct Name
+{
+    std::string id; ///< in lower case, without the space "dhcp": what the client compares names by
+    Range range;
+    int line = 0;
+    std::size_t comma = std::string::npos; ///< the offset of the comma after it in a list
+};
+
+/// A statement of dhclient.conf(5), as far as the editor looks into it.
+struct Statement
+{
+    enum Kind : unsigned char {
+        Opaque,      ///< anything that is not listed below
+        Request,     ///< [also] request: `names` is the list
+        Require,     ///< [also] require: `names` is the list
+        Declaration, ///< option NAME code N = TYPE: `names` holds the name
+        Include,     ///< include "FILE": `word` is the path
+        Block        ///< interface and pseudo blocks: `word` tells which interface, `body` holds the statements
+    };
+
+    Kind kind = Opaque;
+    bool also = false;
+    int line = 0;
+    Range range; ///< from its first token to its last, the ";" or "}"
+    std::size_t keywordEnd = 0; ///< of a list: the end of "request" or "require"
+    std::vector<Name> names;
+    std::vector<Name> uses; ///< of an opaque statement: the options that it names
+    bool sends = false;     ///< a send statement, which gives the server the first of `uses`
+    std::string word;
+
+    // Of a declaration.
+    Range codeRange;
+    Range typeRange;
+    int code = 0;     ///< what the client sends for it: the low byte of the written number (measured)
+    std::string type; ///< as normalisedType() gives it; empty where the client would not accept it
+
+    std::vector<Statement> body;
+};
+
+/// The statements of a configuration, in order. Throws Error for a text without structure: an open string or brace, a
+/// "}" too many, a last statement without its ";", a list that is none.
+/// `inBlock` is for a file that is included inside an interface block: only the client's top level has declarations
+/// and such blocks.
+std::vector<Statement> parse(std::string_view text, bool inBlock = false);
+
+/// The id of an option name that stands alone; empty if the text is none.
+std::string parseName(std::string_view text);
+
+/// A type of dhcp-options(5), DEFINING NEW OPTIONS, in lower case with one blank between its words; empty if the text
+/// is not a type that the client accepts.
+std::string normalisedType(std::string_view text);
+
+} // namespace DhclientConf
+
+#endif
