@@ -3,7 +3,8 @@
 #include "dhcptable.h"
 
 #include "dhcpoption.h"
-#include "optioncell.h"
+#include "optiondelegate.h"
+#include "rowfinder.h"
 #include "tablekeys.h"
 #include "updatesoff.h"
 #include "vcheckbox.h"
@@ -15,15 +16,20 @@
 
 #include <QApplication>
 #include <QHeaderView>
+#include <QLabel>
+#include <QScreen>
 #include <QStyle>
+#include <QVBoxLayout>
 
 #include <iostream>
 
 namespace {
 
 constexpr char pencilIconPath[] = "/usr/share/icons/kiro-icons/16x16/pencil.png";
+constexpr int LeastHeight = 150; // of the rows, in pixels
 constexpr int ExtraWidth = 40;   // room for the frame and a scroll bar
 constexpr int CodeDigits = 3;
+constexpr int ValueShare = 3;    // of the screen's width a value gets a third at most
 
 bool isLeftOut(const DhcpOption &option, ViewMode_t mode)
 {
@@ -53,12 +59,22 @@ DhcpTable::DhcpTable(const QList<DhcpOption *> &options, VGui *gui, VWidgetConta
     , options(options)
     , gui(gui)
     , container(container)
-    , keys(new TableKeys(this, InfoColumn))
+    , keys(new TableKeys(this))
+    , emptyHint(new QLabel(viewport()))
 {
     setAccessibleName(tr("DHCP options"));
+    setItemDelegate(new OptionDelegate(this));
+    setWordWrap(false); // a long word would be cut after its first break
     // Tab is to leave the table for the buttons; the arrow keys move between its cells.
     setTabKeyNavigation(false);
     connect(keys, &TableKeys::infoRequested, this, &DhcpTable::showInfo);
+    connect(new RowFinder(this), &RowFinder::found, keys, &TableKeys::goToRow);
+    // The whole current row is tinted.
+    connect(this, &QTableWidget::currentCellChanged, viewport(), QOverload<>::of(&QWidget::update));
+    emptyHint->setAlignment(Qt::AlignCenter);
+    emptyHint->setWordWrap(true);
+    auto *hintLayout = new QVBoxLayout(viewport());
+    hintLayout->addWidget(emptyHint);
     populate(mode);
 }
 
@@ -114,7 +130,7 @@ void DhcpTable::populate(ViewMode_t mode)
     setSortingEnabled(true);
     verticalHeader()->hide();
     sortByColumn(CodeColumn, Qt::AscendingOrder);
-    resizeColumnsToContents();
+    fitToView();
 
     int width = columnCount() + ExtraWidth;
     for (int column = RequestedColumn; column <= ValueColumn; ++column)
@@ -217,6 +233,9 @@ void DhcpTable::setHeaders()
     horizontalHeaderItem(CodeColumn)->setToolTip(tr("DHCP code.  This is modifiable for non-predefined options"));
     horizontalHeaderItem(InfoColumn)->setToolTip(tr("Click for detailed option information"));
     horizontalHeaderItem(ValueColumn)->setToolTip(tr("Current value returned from the DHCP server"));
+    // Some styles size the header for one line.
+    const QFontMetrics metrics = horizontalHeader()->fontMetrics();
+    horizontalHeader()->setMinimumHeight(2 * (metrics.lineSpacing() + style()->pixelMetric(QStyle::PM_HeaderMargin)));
     // A screen reader would stop at the line breaks.
     for (int column = RequestedColumn; column <= ValueColumn; ++column) {
         QTableWidgetItem *header = horizontalHeaderItem(column);
@@ -247,6 +266,38 @@ void DhcpTable::changeViewMode(int mode)
                 setRowHidden(row, isLeftOut(*option, static_cast<ViewMode_t>(mode)));
         }
     }
-    resizeColumnsToContents();
+    fitToView();
     keys->ensureCurrentCell();
+}
+
+/// Fits the columns, but not so wide that the window outgrows the screen: what a server sends must not push the
+/// buttons out of reach. The user can drag them wider.
+void DhcpTable::fitColumns()
+{
+    resizeColumnsToContents();
+    const int available = screen()->availableGeometry().width();
+    setColumnWidth(ValueColumn, qMin(columnWidth(ValueColumn), available / ValueShare));
+    int excess = columnCount() + ExtraWidth - available;
+    for (int column = RequestedColumn; column <= ValueColumn; ++column)
+        excess += columnWidth(column);
+    // First down to the width of their headers, then below it.
+    for (const bool belowHeader : {false, true}) {
+        for (const int column : {ValueColumn, NameColumn}) {
+            const QHeaderView *header = horizontalHeader();
+            const int least = belowHeader ? header->minimumSectionSize() : header->sectionSizeHint(column);
+            const int cut = qBound(0, excess, qMax(columnWidth(column) - least, 0));
+            setColumnWidth(column, columnWidth(column) - cut);
+            excess -= cut;
+        }
+    }
+}
+
+void DhcpTable::fitToView()
+{
+    fitColumns();
+    // Qt's hint by contents makes the window up to two thirds of the screen high; its fixed one is for few rows.
+    setSizeAdjustPolicy(verticalHeader()->length() > LeastHeight ? AdjustToContents : AdjustIgnored);
+    emptyHint->setText(rowCount() == 0 ? tr("No option definitions are installed.")
+                                       : tr("This view lists no options. Choose another one below the table."));
+    emptyHint->setVisible(verticalHeader()->hiddenSectionCount() == rowCount());
 }

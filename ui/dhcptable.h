@@ -10,6 +10,7 @@
 #include <memory>
 
 class DhcpOption;
+class QLabel;
 class TableKeys;
 class VCheckBox;
 class VGui;
@@ -73,6 +74,8 @@ private:
     QTableWidgetItem *requestedCell(const DhcpOption &option, bool requested);
     void setHeaders();
     DhcpOption *optionAt(int row) const;
+    void fitColumns();
+    void fitToView();
     static QString details(const DhcpOption &option, quint32 shownCode);
     void requestedChanged(int row);
     void codeChanged(int row);
@@ -83,6 +86,7 @@ private:
     QHash<QString, VCheckBox *> checkBoxes;          ///< by client name; owned by the page
     QHash<QString, DhcpOption *> optionsByLinuxName;
     TableKeys *keys;
+    QLabel *emptyHint;
     std::unique_ptr<const RowLooks> looks;
 };
 

@@ -6,6 +6,8 @@
 
 #include <QMessageBox>
 #include <QTextDocumentFragment>
+#include <QTimer>
+#include <QWindow>
 
 #include <algorithm>
 
@@ -36,6 +38,16 @@ void DhcpTable::showInfo(int row, int column)
     box.setAccessibleName(QTextDocumentFragment::fromHtml(box.text()).toPlainText());
     box.setInformativeText(details(shown, shownCode));
     box.setStandardButtons(QMessageBox::Ok);
+    // A parent would do this, and more than is wanted.
+    QWidget *below = window();
+    box.setWindowTitle(below->windowTitle());
+    box.setWindowIcon(below->windowIcon());
+    box.winId();
+    box.windowHandle()->setTransientParent(below->windowHandle());
+    // It has its size once it is shown.
+    QTimer::singleShot(0, &box, [&box, below] {
+        box.move(below->frameGeometry().center() - box.frameGeometry().center() + box.pos());
+    });
     box.exec();
 }
 

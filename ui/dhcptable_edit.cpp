@@ -8,6 +8,7 @@
 #include "vorkanclient.h"
 
 #include <QHeaderView>
+#include <QTimer>
 
 #include <array>
 
@@ -39,8 +40,12 @@ void DhcpTable::codeChanged(int row)
 {
     QTableWidgetItem *codeCell = item(row, CodeColumn);
     DhcpOption *option = optionAt(row);
-    if (codeCell && option && !option->setCode(codeCell->text()))
+    if (!codeCell || !option)
+        return;
+    if (!option->setCode(codeCell->text()))
         codeCell->setText(QString::number(option->code));
+    // Where the table is sorted by the code, the row moves once this signal is done with.
+    QTimer::singleShot(0, this, [this, codeCell] { scrollToItem(codeCell); });
 }
 
 void DhcpTable::finishEditing()

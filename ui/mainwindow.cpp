@@ -3,14 +3,16 @@
 #include "configurationpageheader.h"
 #include "dhcpoption.h"
 #include "dhcptable.h"
+#include "edittool.h"
+#include "registrystore.h"
 #include "vapplyokcancelpanel.h"
 #include "vgui.h"
 #include "vwidgetcontainer.h"
 
 #include "qtpaths.h"
 
+#include <QApplication>
 #include <QComboBox>
-#include <QCoreApplication>
 #include <QFrame>
 #include <QLabel>
 #include <QPixmap>
@@ -23,6 +25,7 @@ namespace {
 constexpr char IconPath[] = "/usr/share/pixmaps/kiro-dhcp.png";
 constexpr int StretchBeforeButtons = 1000;
 constexpr int AllButtons = 7;
+constexpr int SelectorCharacters = 12;
 
 QPixmap windowPixmap()
 {
@@ -57,6 +60,7 @@ MainWindow::MainWindow(const QList<DhcpOption *> &options, bool forceApply, QWid
     gui = new VGui(DhcpOption::registryBranch(), this);
     header = new ConfigurationPageHeader(title, true, nullptr);
     header->setTitleIcon(windowPixmap());
+    header->setNote(missingRights());
     panel = new VApplyOkCancelPanel(QFlags<VApplyOkCancelPanel::Button>(AllButtons), this);
     table = new DhcpTable(options, gui, container, ShowCustom, this);
 
@@ -65,6 +69,8 @@ MainWindow::MainWindow(const QList<DhcpOption *> &options, bool forceApply, QWid
     viewSelector->addItem(tr("Show Custom Options"));
     viewSelector->addItem(tr("Show Common Options"));
     viewSelector->addItem(tr("Show All Options"));
+    // On a small screen it gives way to the buttons.
+    viewSelector->setMinimumWidth(viewSelector->fontMetrics().averageCharWidth() * SelectorCharacters);
     panel->prependStretch(StretchBeforeButtons);
     panel->prependWidget(viewSelector);
     // On Linux a combo box tells a screen reader its current text for its name, and has its purpose told by the
@@ -101,6 +107,20 @@ MainWindow::MainWindow(const QList<DhcpOption *> &options, bool forceApply, QWid
 
 MainWindow::~MainWindow() = default;
 
+/// What the user's rights do not allow; empty when they do.
+QString MainWindow::missingRights()
+{
+    const bool isStored = RegistryStore::instance().isWritable();
+    const bool isApplied = EditTool::mayEdit();
+    if (isStored && isApplied)
+        return QString();
+    if (isStored)
+        return tr("Without the rights of root, choices are stored but not applied to the DHCP client.");
+    if (isApplied)
+        return tr("Without the rights of root, choices are applied to the DHCP client but not stored.");
+    return tr("Without the rights of root, choices are neither stored nor applied to the DHCP client.");
+}
+
 void MainWindow::selectView(int mode)
 {
     viewSelector->setCurrentIndex(mode);
@@ -110,8 +130,11 @@ void MainWindow::apply()
 {
     // A button that is pressed by its letter does not take the focus from a code that is being typed.
     table->finishEditing();
+    if (isVisible())
+        QApplication::setOverrideCursor(Qt::WaitCursor);
     container->validate();
     table->applyOptions(forceApply);
+    QApplication::restoreOverrideCursor();
     const QString client = clientProgram();
     if (!client.isEmpty())
         QProcess::startDetached(client, {QStringLiteral("-1")});

@@ -42,6 +42,8 @@ private slots:
 private:
     Q_DISABLE_COPY(MainWindow)
 
+    static QString missingRights();
+
     QList<DhcpOption *> options;
     bool forceApply;
     QString title;

@@ -1,15 +1,25 @@
 #include "tablekeys.h"
 
+#include "optioncell.h"
+
+#include <QClipboard>
+#include <QContextMenuEvent>
+#include <QGuiApplication>
 #include <QHeaderView>
 #include <QKeyEvent>
+#include <QMenu>
 #include <QTableWidget>
 
-TableKeys::TableKeys(QTableWidget *table, int infoColumn)
+TableKeys::TableKeys(QTableWidget *table)
     : QObject(table)
     , table(table)
-    , infoColumn(infoColumn)
 {
     table->installEventFilter(this);
+    table->viewport()->installEventFilter(this);
+    connect(table, &QTableWidget::cellClicked, this, [this](int row, int column) {
+        if (!isUsable(row, column))
+            goToRow(row);
+    });
 }
 
 bool TableKeys::isUsable(int row, int column) const
@@ -19,27 +29,39 @@ bool TableKeys::isUsable(int row, int column) const
         && !table->isColumnHidden(column);
 }
 
-void TableKeys::ensureCurrentCell()
+void TableKeys::goToRow(int row)
 {
-    if (isUsable(table->currentRow(), table->currentColumn()))
-        return;
-    QModelIndex first;
-    for (int row = 0; row < table->rowCount() && !first.isValid(); ++row) {
-        for (int column = 0; column < table->columnCount() && !first.isValid(); ++column) {
-            if (isUsable(row, column))
-                first = table->model()->index(row, column);
+    for (int column = 0; column < table->columnCount(); ++column) {
+        if (isUsable(row, column)) {
+            table->setCurrentCell(row, column, QItemSelectionModel::NoUpdate);
+            return;
         }
     }
-    table->selectionModel()->setCurrentIndex(first, QItemSelectionModel::NoUpdate);
+}
+
+void TableKeys::ensureCurrentCell()
+{
+    for (int row = 0; row < table->rowCount() && !isUsable(table->currentRow(), table->currentColumn()); ++row)
+        goToRow(row);
+    if (!isUsable(table->currentRow(), table->currentColumn()))
+        table->selectionModel()->setCurrentIndex(QModelIndex(), QItemSelectionModel::NoUpdate);
 }
 
 bool TableKeys::eventFilter(QObject *watched, QEvent *event)
 {
-    if (event->type() == QEvent::FocusIn)
-        ensureCurrentCell();
-    if (event->type() == QEvent::KeyPress && handleKey(*static_cast<QKeyEvent *>(event)))
+    if (event->type() == QEvent::ContextMenu) {
+        // A mouse asks in the viewport, the keyboard in the table.
+        const auto &asked = *static_cast<QContextMenuEvent *>(event);
+        if (watched != table)
+            openMenu(table->rowAt(asked.y()), asked.globalPos());
+        else if (asked.reason() == QContextMenuEvent::Keyboard)
+            openMenu(table->currentRow(),
+                     table->viewport()->mapToGlobal(table->visualRect(table->currentIndex()).center()));
         return true;
-    return QObject::eventFilter(watched, event);
+    }
+    if (event->type() == QEvent::FocusIn && watched == table)
+        ensureCurrentCell();
+    return event->type() == QEvent::KeyPress && watched == table && handleKey(*static_cast<QKeyEvent *>(event));
 }
 
 /// Whether the key is one of ours.
@@ -52,14 +74,18 @@ bool TableKeys::handleKey(const QKeyEvent &event)
     const Qt::KeyboardModifiers modifiers = event.modifiers() & ~Qt::KeypadModifier;
     const bool isInfoKey = event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter
         || event.key() == Qt::Key_Space || event.key() == Qt::Key_Select;
-    if (modifiers == Qt::NoModifier && (event.key() == Qt::Key_F1 || (column == infoColumn && isInfoKey))) {
+    if (modifiers == Qt::NoModifier && (event.key() == Qt::Key_F1 || (column == InfoColumn && isInfoKey))) {
         // A key that is held down asks once.
         if (!event.isAutoRepeat())
-            emit infoRequested(row, infoColumn);
+            emit infoRequested(row, InfoColumn);
         return true;
     }
     if (modifiers == Qt::ControlModifier && event.key() == Qt::Key_S) {
         sortByCurrentColumn();
+        return true;
+    }
+    if (event.matches(QKeySequence::Copy)) {
+        copy(row, column == CodeColumn || column == NameColumn ? column : ValueColumn);
         return true;
     }
     return false;
@@ -72,4 +98,28 @@ void TableKeys::sortByCurrentColumn()
     const bool isAscending = header->sortIndicatorSection() == column
         && header->sortIndicatorOrder() == Qt::AscendingOrder;
     table->sortByColumn(column, isAscending ? Qt::DescendingOrder : Qt::AscendingOrder);
+}
+
+void TableKeys::copy(int row, int column) const
+{
+    if (const QTableWidgetItem *cell = table->item(row, column))
+        QGuiApplication::clipboard()->setText(cell->text());
+}
+
+void TableKeys::openMenu(int row, const QPoint &position)
+{
+    if (!table->item(row, KeyColumn))
+        return; // below the last row, or a row without cells
+    if (row != table->currentRow())
+        goToRow(row);
+    auto *menu = new QMenu(table);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    QAction *copyValue = menu->addAction(tr("Copy &Value"));
+    copyValue->setShortcut(QKeySequence::Copy);
+    connect(copyValue, &QAction::triggered, this, [this, row] { copy(row, ValueColumn); });
+    connect(menu->addAction(tr("Copy &Name")), &QAction::triggered, this, [this, row] { copy(row, NameColumn); });
+    QAction *details = menu->addAction(tr("&Details"));
+    details->setShortcut(Qt::Key_F1);
+    connect(details, &QAction::triggered, this, [this, row] { emit infoRequested(row, InfoColumn); });
+    menu->popup(position);
 }

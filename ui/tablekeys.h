@@ -6,22 +6,27 @@
 class QKeyEvent;
 class QTableWidget;
 
-/// Lets the keyboard do in a table what else takes a mouse.
+/// What keyboard and mouse do in the option table beyond what every table offers.
 ///
-/// Enter or Space on a cell of the info column, or F1 anywhere in its row, asks for the row's details; Ctrl+S
-/// sorts by the current cell's column, and once more the other way. Such a key goes no further, so that the table
-/// does not also take it for the start of an edit or for an activation. And whenever the table gets the focus,
-/// there is a current cell to start from: Qt by itself insists on the first cell, also where that is disabled.
+/// Enter or Space on an info cell, or F1 anywhere in its row, asks for the row's details. Ctrl+S sorts by the
+/// current cell's column, and once more the other way. Ctrl+C copies the row's value, or the code or name that is
+/// the current cell; a context menu copies value and name too. Such a key goes no further, so that the table does
+/// not also take it for the start of an edit or for an activation.
+///
+/// There is always a current cell to start from, and it is in the row that was clicked last: Qt by itself insists
+/// on the first cell, also where that is disabled, and passes over clicks on disabled cells.
 class TableKeys : public QObject
 {
     Q_OBJECT
 
 public:
     /// Becomes a child of the table.
-    TableKeys(QTableWidget *table, int infoColumn);
+    explicit TableKeys(QTableWidget *table);
 
     /// Moves a current cell that is none, hidden or disabled to the first one that the keyboard can work with.
     void ensureCurrentCell();
+    /// Moves the current cell to the row's first one that is enabled; an info cell always is.
+    void goToRow(int row);
 
     bool eventFilter(QObject *watched, QEvent *event) override;
 
@@ -33,9 +38,10 @@ private:
     bool isUsable(int row, int column) const;
     bool handleKey(const QKeyEvent &event);
     void sortByCurrentColumn();
+    void copy(int row, int column) const;
+    void openMenu(int row, const QPoint &position);
 
     QTableWidget *table;
-    int infoColumn;
 };
 
 #endif

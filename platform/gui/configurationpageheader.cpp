@@ -15,6 +15,7 @@ constexpr qreal TitleScale = 1.3;
 ConfigurationPageHeader::ConfigurationPageHeader(const QString &title, bool ruled, QWidget *parent)
     : QWidget(parent)
     , icon(new QLabel(this))
+    , note(new QLabel(this))
 {
     auto *titleLabel = new QLabel(title, this);
     QFont font = titleLabel->font();
@@ -25,12 +26,18 @@ ConfigurationPageHeader::ConfigurationPageHeader(const QString &title, bool rule
         font.setPixelSize(qRound(font.pixelSize() * TitleScale));
     titleLabel->setFont(font);
     icon->hide();
+    note->setWordWrap(true);
+    note->hide();
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+
+    auto *texts = new QVBoxLayout;
+    texts->addWidget(titleLabel);
+    texts->addWidget(note);
 
     auto *row = new QHBoxLayout;
     row->setSpacing(style()->pixelMetric(QStyle::PM_LayoutLeftMargin));
     row->addWidget(icon);
-    row->addWidget(titleLabel, 1);
+    row->addLayout(texts, 1);
     row->setContentsMargins(style()->pixelMetric(QStyle::PM_LayoutLeftMargin),
                             style()->pixelMetric(QStyle::PM_LayoutTopMargin),
                             style()->pixelMetric(QStyle::PM_LayoutRightMargin),
@@ -51,4 +58,10 @@ void ConfigurationPageHeader::setTitleIcon(const QPixmap &pixmap)
 {
     icon->setPixmap(pixmap);
     icon->setVisible(!pixmap.isNull());
+}
+
+void ConfigurationPageHeader::setNote(const QString &text)
+{
+    note->setText(text);
+    note->setVisible(!text.isEmpty());
 }

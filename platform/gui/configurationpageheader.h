@@ -5,7 +5,7 @@
 
 class QLabel;
 
-/// The head of a configuration page: an icon and the page's title.
+/// The head of a configuration page: an icon, the page's title and perhaps a note.
 class ConfigurationPageHeader : public QWidget
 {
     Q_OBJECT
@@ -16,10 +16,13 @@ public:
 
     /// A null pixmap leaves the header without an icon.
     void setTitleIcon(const QPixmap &pixmap);
+    /// A line below the title; an empty text leaves none.
+    void setNote(const QString &text);
 
 private:
     Q_DISABLE_COPY(ConfigurationPageHeader)
     QLabel *icon;
+    QLabel *note;
 };
 
 #endif

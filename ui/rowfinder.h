@@ -1,0 +1,51 @@
+#ifndef ROWFINDER_H
+#define ROWFINDER_H
+
+#include <QElapsedTimer>
+#include <QObject>
+
+#include <functional>
+
+class QKeyEvent;
+class QLineEdit;
+class QTableWidget;
+
+/// Finds a visible row of the option table, also one that is disabled.
+///
+/// Letters typed in the table find the next row whose name begins with them, digits the row of that code, except
+/// in a code cell that can be edited, where digits begin an edit. Ctrl+F opens a field over the table's corner: it
+/// finds what is typed there anywhere in a name or the client's name, or at the beginning of a code; Enter and the arrow
+/// keys go on to further rows, Escape closes it.
+class RowFinder : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// Becomes a child of the table.
+    explicit RowFinder(QTableWidget *table);
+
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+signals:
+    void found(int row);
+
+private:
+    Q_DISABLE_COPY(RowFinder)
+    using Matches = std::function<bool(int row)>;
+
+    bool handleTableKey(const QKeyEvent &event);
+    bool handleFieldKey(const QKeyEvent &event);
+    void findTyped(const QString &text);
+    void findInField(int from, int step);
+    bool find(int from, int step, const Matches &matches);
+    QString text(int row, int column) const;
+    void openField();
+    void placeField();
+
+    QTableWidget *table;
+    QLineEdit *field;
+    QString typed;
+    QElapsedTimer sinceTyped;
+};
+
+#endif
