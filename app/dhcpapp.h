@@ -15,11 +15,11 @@ class DhcpApp : public QObject
 
 public:
     /// Loads every option definition, reporting and skipping those that fail, and builds the window hidden. Ends
-    /// the process with status 1 when there is no definition directory. An interactive run (no `update`) is armed
-    /// to refresh the current values on SIGHUP, once the handler is installed; `all` opens it in the view of all
+    /// the process with status 1 when there is no definition directory. An interactive run (no `updateMode`) is armed
+    /// to refresh the current values on SIGHUP, once the handler is installed; `showAll` opens it in the view of all
     /// options.
-    DhcpApp(bool update, bool all, QObject *parent = nullptr);
-    /// Leaves the window to deferred deletion; the records go after it.
+    DhcpApp(bool updateMode, bool showAll, QObject *parent = nullptr);
+    /// Hands the window to deferred deletion. The records are not deleted.
     ~DhcpApp() override;
 
     MainWindow *mainWindow() const { return window; }

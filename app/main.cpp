@@ -1,35 +1,16 @@
 #include "dhcpapp.h"
 #include "mainwindow.h"
-#include "rights.h"
 #include "sighup.h"
 #include "vapplication.h"
+#include "vorkanclient.h"
 
 #include <QStringList>
 
 #include <algorithm>
 #include <csignal>
-#include <iostream>
+#include <string_view>
 
 namespace {
-
-const QLatin1String UpdateOption("--update");
-const QLatin1String ApplyOption("--apply");
-const QLatin1String ShowAllOption("--show-all");
-
-bool asksForUpdate(const QString &argument)
-{
-    return argument == UpdateOption || argument == ApplyOption;
-}
-
-/// Whether the command line asks for an update run, found out before there is an application object: that one
-/// already connects to the display, of which an update run has no need and may have none.
-bool startsUpdateRun(int argc, char **argv)
-{
-    return argc > 1
-        && std::any_of(argv + 1, argv + argc, [](const char *argument) {
-               return asksForUpdate(QString::fromLocal8Bit(argument));
-           });
-}
 
 void installSighupHandler()
 {
@@ -44,32 +25,25 @@ void installSighupHandler()
 
 int main(int argc, char **argv)
 {
-    VApplication::setHeadless(startsUpdateRun(argc, argv));
+    // Found out before there is an application object: that one connects to the display, of which an update run has
+    // no need and may have none.
+    const bool updateMode = std::any_of(argv + 1, argv + std::max(argc, 1), [](std::string_view argument) {
+        return argument == "--update" || argument == "--apply";
+    });
+    VApplication::setHeadless(updateMode);
     VApplication application(argc, argv, true, true, true);
     application.exitIfRunning();
+    const bool showAll = QCoreApplication::arguments().mid(1).contains(QLatin1String("--show-all"));
 
-    bool updateMode = false;
-    bool showAll = false;
-    const QStringList arguments = QCoreApplication::arguments();
-    for (int i = 1; i < arguments.count(); ++i) {
-        const QString &argument = arguments.at(i);
-        if (asksForUpdate(argument))
-            updateMode = true;
-        else if (argument == ShowAllOption)
-            showAll = true;
-    }
-    if (VApplication::isHeadless() && !updateMode) {
-        std::cerr << "Cannot open the display: an option of the window system took \"--update\" or \"--apply\" for"
-                     " its value" << std::endl;
-        return 1;
-    }
-
-    if (!updateMode)
-        reportMissingRights();
+    // Whoever holds the registry will be done some day, and nobody waits at a screen.
+    if (updateMode)
+        VorkanClient::setPatience(std::chrono::minutes(1));
     DhcpApp app(updateMode, showAll);
     installSighupHandler();
     if (app.isUpdateRun()) {
-        app.mainWindow()->apply();
+        // Defaults must not take the place of choices that could not be read.
+        if (VorkanClient::isReadable())
+            app.mainWindow()->apply();
         return 0;
     }
     app.mainWindow()->setVisible(true);

@@ -1,23 +1,20 @@
 #include "sighup.h"
 
-#include <fcntl.h>
 #include <sys/socket.h>
 
+#include <algorithm>
 #include <cerrno>
 
 int sighupSockets[2] = {0, 0};
 
 bool makeSighupSockets()
 {
-    // Into an array of its own: the kernel leaves numbers behind even when it fails.
+    // Into an array of its own: the kernel leaves numbers behind even when it fails. The programs that are started
+    // from here have no business with them.
     int sockets[2];
-    if (::socketpair(AF_UNIX, SOCK_STREAM, 0, sockets) != 0)
+    if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, sockets) != 0)
         return false;
-    for (int i = 0; i < 2; ++i) {
-        // The programs started from here have no business with them.
-        ::fcntl(sockets[i], F_SETFD, FD_CLOEXEC);
-        sighupSockets[i] = sockets[i];
-    }
+    std::copy_n(sockets, 2, sighupSockets);
     return true;
 }
 

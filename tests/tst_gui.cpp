@@ -1,4 +1,3 @@
-#include "instancelock.h"
 #include "trial.h"
 #include "vapplyokcancelpanel.h"
 #include "vcheckbox.h"
@@ -51,18 +50,6 @@ private slots:
     {
         const VApplyOkCancelPanel panel(VApplyOkCancelPanel::Ok, nullptr);
         QVERIFY(panel.okButton() && !panel.applyButton() && !panel.cancelButton());
-    }
-
-    void lockRefusesUnsafeFolder()
-    {
-        m_root.write(QStringLiteral("/run/x"), "");
-        const QString run = m_root.path(QStringLiteral("/run"));
-        InstanceLock lock("trial");
-        QCOMPARE(lock.acquire(), InstanceLock::State::Acquired);
-        QFile::setPermissions(run, QFile::permissions(run) | QFile::WriteOther);
-        InstanceLock refused("other");
-        QCOMPARE(refused.acquire(), InstanceLock::State::Failed);
-        QVERIFY(refused.error().find(run.toStdString()) == 0);
     }
 
 private:

@@ -2,84 +2,73 @@
 
 #include "paths.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
 
 namespace {
 
-/// Where this user's lock files belong.
-std::string lockDirectory()
+ucred peerOf(int socket)
 {
-    if (Paths::hasRoot() || ::geteuid() == 0)
-        return Paths::resolve("/run");
-    // After su the variable still names the folder of the user before.
-    const char *runtime = secure_getenv("XDG_RUNTIME_DIR");
-    struct stat status = {};
-    if (runtime && ::stat(runtime, &status) == 0 && status.st_uid == ::geteuid())
-        return runtime;
-    return "/run/user/" + std::to_string(::geteuid());
+    ucred peer = {};
+    peer.uid = static_cast<uid_t>(-1);
+    socklen_t size = sizeof(peer);
+    ::getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &peer, &size);
+    return peer;
 }
 
 } // namespace
 
-InstanceLock::InstanceLock(const std::string &programName)
-    : m_programName(programName)
+InstanceLock::InstanceLock(const std::string &programName) : name(programName + '-' + std::to_string(::geteuid()))
 {
+    if (Paths::hasRoot())
+        name += '-' + std::to_string(std::hash<std::string>()(Paths::resolve("")));
 }
 
-InstanceLock::~InstanceLock()
+InstanceLock::State InstanceLock::acquire(bool asksToShow)
 {
-    if (m_descriptor >= 0)
-        ::close(m_descriptor);
-}
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    name.copy(address.sun_path + 1, sizeof(address.sun_path) - 1); // behind a null byte: an abstract name
+    const auto *generic = reinterpret_cast<const sockaddr *>(&address);
+    const auto size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + 1 + name.size());
 
-InstanceLock::State InstanceLock::fail(const std::string &what, int errorNumber)
-{
-    m_error = what + ": " + std::strerror(errorNumber);
+    for (int attempt = 0; attempt < 100; ++attempt) {
+        Posix::Descriptor candidate(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+        if (::bind(candidate.get(), generic, size) == 0 && ::listen(candidate.get(), SOMAXCONN) == 0) {
+            socket = std::move(candidate);
+            return State::Acquired;
+        }
+        if (errno == EADDRINUSE && ::connect(candidate.get(), generic, size) == 0) {
+            const ucred peer = peerOf(candidate.get());
+            if (peer.uid != ::geteuid()) {
+                errno = EPERM; // anybody may take any name
+                break;
+            }
+            if (asksToShow)
+                ::send(candidate.get(), "", 1, MSG_NOSIGNAL);
+            holderPid = peer.pid;
+            return State::Held;
+        }
+        if (errno != ECONNREFUSED && errno != EAGAIN)
+            break;
+        ::usleep(20000); // the holder has bound but does not listen yet, or has just ended
+    }
+    reason = "socket @" + name + ": " + std::strerror(errno);
     return State::Failed;
 }
 
-InstanceLock::State InstanceLock::acquire()
+bool InstanceLock::isAskedToShow()
 {
-    const std::string directory = lockDirectory();
-    if (Paths::hasRoot()) { // a bare trial root has none yet
-        const mode_t previous = ::umask(022);
-        ::mkdir(directory.c_str(), 0755);
-        ::umask(previous);
-    }
-
-    // In a folder that others may write, the file could be somebody else's.
-    struct stat status = {};
-    if (::stat(directory.c_str(), &status) != 0) {
-        // Where there is no such folder, nobody holds a lock in it.
-        return errno == ENOENT ? State::Acquired : fail(directory, errno);
-    }
-    if ((status.st_uid != ::geteuid() && status.st_uid != 0) || (status.st_mode & S_IWOTH))
-        return fail(directory, EPERM);
-
-    const std::string path = directory + "/" + m_programName + ".lock";
-    m_descriptor = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
-    if (m_descriptor < 0)
-        return fail(path, errno);
-
-    for (;;) {
-        struct flock lock = {};
-        lock.l_type = F_WRLCK;
-        lock.l_whence = SEEK_SET;
-        if (::fcntl(m_descriptor, F_SETLK, &lock) == 0)
-            return State::Acquired;
-        if (errno != EACCES && errno != EAGAIN)
-            return fail(path, errno);
-        if (::fcntl(m_descriptor, F_GETLK, &lock) != 0)
-            return fail(path, errno);
-        if (lock.l_type != F_UNLCK) { // else its holder has ended in between
-            m_holder = lock.l_pid;
-            return State::Held;
-        }
-    }
+    const Posix::Descriptor start(::accept4(socket.get(), nullptr, nullptr, SOCK_CLOEXEC));
+    if (!start || peerOf(start.get()).uid != ::geteuid())
+        return false;
+    const timeval patience = {1, 0}; // it asks at once or ends
+    ::setsockopt(start.get(), SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof(patience));
+    char byte = 0;
+    return ::recv(start.get(), &byte, 1, 0) == 1;
 }

@@ -1,41 +1,46 @@
 #ifndef INSTANCELOCK_H
 #define INSTANCELOCK_H
 
-#include <QtGlobal>
+#include "posix.h"
 
 #include <string>
 #include <sys/types.h>
 
-/// Holds the right to be the one running instance of a program.
+/// The right to be the user's one running instance of a program.
 ///
-/// A record lock (fcntl(2)) on a file that only the user may open: the kernel drops it however the process ends,
-/// child processes do not inherit it, and no other user can take it. Root's file is in /run and so machine-wide;
-/// another user's is in the user's own runtime directory.
+/// An abstract socket (unix(7)) of a name that belongs to the program and the user: it takes no directory, the kernel
+/// frees it however the process ends, and child processes do not inherit it. A later start finds the holder through
+/// it, and can ask it to show its window.
 class InstanceLock
 {
 public:
     enum class State {
         Acquired,
-        Held,      ///< by the process holder()
-        Failed     ///< error() tells why
+        Held,  ///< by the process holder()
+        Failed ///< error() says why
     };
 
     explicit InstanceLock(const std::string &programName);
-    ~InstanceLock();
 
-    State acquire();
-    /// 0 when it cannot be told, as from another process namespace.
-    pid_t holder() const { return m_holder; }
-    std::string error() const { return m_error; }
+    /// `asksToShow` lets the holder, if there is one, know that the user wants to see it.
+    State acquire(bool asksToShow);
+    /// 0 when it cannot be known, as from another process namespace.
+    pid_t holder() const { return holderPid; }
+    const std::string &error() const { return reason; }
+
+    /// Of the holder: readable when a later start has come. -1 otherwise.
+    int descriptor() const { return socket.get(); }
+    /// Takes one later start; true when the user started it to see the window.
+    bool isAskedToShow();
 
 private:
-    Q_DISABLE_COPY(InstanceLock)
-    State fail(const std::string &what, int errorNumber);
+    InstanceLock(const InstanceLock &) = delete;
+    InstanceLock &operator=(const InstanceLock &) = delete;
 
-    std::string m_programName;
-    std::string m_error;
-    pid_t m_holder = 0;
-    int m_descriptor = -1;
+    std::string name;
+    std::string reason;
+    pid_t holderPid = 0;
+    Posix::Descriptor socket;
 };
 
 #endif

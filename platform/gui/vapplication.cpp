@@ -1,5 +1,12 @@
 #include "vapplication.h"
 
+#include <QFile>
+#include <QSocketNotifier>
+#include <QWidget>
+
+#include <unistd.h>
+
+#include <algorithm>
 #include <cstdlib>
 #include <iostream>
 
@@ -8,6 +15,78 @@ namespace {
 constexpr char ProgramName[] = "kiro-dhcp-mgr";
 
 bool headlessRequested = false;
+
+// Qt's message handler is one per process and a plain function, so what it works with has to be here.
+QtMessageHandler defaultHandler = nullptr;
+bool isOpeningGuarded = false;
+QString firstComplaint;
+
+/// What Qt says of surroundings that are no fault: neither pkexec nor a boot unit provides the runtime directory, which
+/// nothing here uses, some platforms have no size hints, a session's manager may be another user's, and a tool that
+/// takes too long is ended on purpose.
+bool isHarmless(const QString &message)
+{
+    const auto beginnings = {"QStandardPaths: ", "This plugin does not support ",
+                             "Qt: Session management error: ", "QProcess: Destroyed while process "};
+    return std::any_of(beginnings.begin(), beginnings.end(),
+                       [&](const char *beginning) { return message.startsWith(QLatin1String(beginning)); });
+}
+
+void handleMessage(QtMsgType type, const QMessageLogContext &context, const QString &message)
+{
+    const bool isComplaint = isOpeningGuarded && type != QtDebugMsg
+                             && QByteArray(context.category).startsWith("qt.qpa.");
+    if (isOpeningGuarded && type == QtFatalMsg) {
+        // The platform's first complaint is closer to the cause than the fatal message at the end.
+        const QString &reason = firstComplaint.isEmpty() ? message : firstComplaint;
+        std::cerr << "Cannot open the display: " << reason.simplified().toStdString() << std::endl;
+        ::_exit(1); // not exit(): the application object is half built
+    } else if (isComplaint && firstComplaint.isEmpty()) {
+        firstComplaint = message;
+    } else if (!isComplaint && !isHarmless(message)) {
+        defaultHandler(type, context, message);
+    }
+}
+
+/// The environment for the application object that is about to be made, and the handler for what Qt says meanwhile.
+int &prepared(int &argc, bool guardDisplay, bool light)
+{
+    if (headlessRequested) {
+        qputenv("QT_QPA_PLATFORM", "minimal");
+        // Some themes and styles connect to a display whatever the platform is.
+        qunsetenv("QT_QPA_PLATFORMTHEME");
+        qunsetenv("QT_STYLE_OVERRIDE");
+    } else if (!qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
+        qputenv("QT_QPA_PLATFORM", "xcb"); // Qt's own choice complains in a Wayland session
+    }
+    // Widgets paint without OpenGL; loading it would cost half of the start and 50 MiB.
+    if (light && !qEnvironmentVariableIsSet("QT_XCB_GL_INTEGRATION"))
+        qputenv("QT_XCB_GL_INTEGRATION", "none");
+    // Without a session's bus, as under pkexec, libdbus would start one and leave it running.
+    if (qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS")
+        && !QFile::exists(qEnvironmentVariable("XDG_RUNTIME_DIR") + QLatin1String("/bus")))
+        qputenv("DBUS_SESSION_BUS_ADDRESS", "disabled:");
+
+    isOpeningGuarded = guardDisplay;
+    defaultHandler = qInstallMessageHandler(handleMessage);
+    return argc;
+}
+
+void bringToFront()
+{
+    const auto show = [](QWidget *window) {
+        window->setWindowState(window->windowState() & ~Qt::WindowMinimized);
+        window->raise();
+        window->activateWindow();
+    };
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    for (QWidget *window : windows) {
+        if (window->isVisible() && window->windowType() == Qt::Window)
+            show(window);
+    }
+    if (QWidget *box = QApplication::activeModalWidget())
+        show(box);
+}
 
 } // namespace
 
@@ -22,36 +101,35 @@ bool VApplication::isHeadless()
 }
 
 VApplication::VApplication(int &argc, char **argv, bool singleInstance, bool guardDisplay, bool light)
-    : DisplaySetup(argc, argv, {headlessRequested, guardDisplay, light})
-    , QApplication(DisplaySetup::argc(), DisplaySetup::argv())
-    , m_lock(ProgramName)
-    , m_singleInstance(singleInstance)
+    : QApplication(prepared(argc, guardDisplay, light), argv)
+    , lock(ProgramName)
+    , singleInstance(singleInstance)
 {
-    DisplaySetup::opened();
-}
-
-VApplication::~VApplication()
-{
-    // What was handed to deferred deletion after the event loop had ended is deleted here, while widgets still
-    // have an application object.
-    sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    isOpeningGuarded = false;
+    if (!firstComplaint.isEmpty())
+        qWarning("%s", qUtf8Printable(firstComplaint));
 }
 
 void VApplication::exitIfRunning()
 {
-    if (!m_singleInstance)
+    if (!singleInstance)
         return;
-    switch (m_lock.acquire()) {
+    switch (lock.acquire(!headlessRequested)) {
     case InstanceLock::State::Held:
         std::cerr << ProgramName << " is already running";
-        if (m_lock.holder() > 0)
-            std::cerr << " (process " << m_lock.holder() << ")";
+        if (lock.holder() > 0)
+            std::cerr << " (process " << lock.holder() << ")";
         std::cerr << std::endl;
         std::exit(AlreadyRunningStatus);
     case InstanceLock::State::Failed:
-        std::cerr << "Cannot tell whether " << ProgramName << " is already running: " << m_lock.error() << std::endl;
+        std::cerr << "Cannot tell whether " << ProgramName << " is already running: " << lock.error() << std::endl;
         break;
     case InstanceLock::State::Acquired:
+        connect(new QSocketNotifier(lock.descriptor(), QSocketNotifier::Read, this), &QSocketNotifier::activated, this,
+                [this] {
+                    if (lock.isAskedToShow())
+                        bringToFront();
+                });
         break;
     }
 }

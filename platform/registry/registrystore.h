@@ -17,7 +17,7 @@
 /// administrator can read and preset it with the sqlite3 shell. It keeps a rollback journal: with a write-ahead
 /// log readers would need to write beside the file.
 ///
-/// What fails is told on standard error, one line for a reason, not one for each call.
+/// What fails is reported on standard error, one line for a reason, not one for each call.
 class RegistryStore
 {
 public:
@@ -32,8 +32,8 @@ public:
 
     explicit RegistryStore(std::string path);
 
-    /// How long a read or a commit waits for another process that holds a lock.
-    void setBusyTimeout(std::chrono::milliseconds busyTimeout) { m_busyTimeout = busyTimeout; }
+    /// How long a read or a commit waits for another process that holds a lock, from the first one on.
+    void setPatience(std::chrono::milliseconds duration) { patience = duration; }
 
     /// Between these two, which nest, all reads see the same state of the file. A commit begins a new one.
     void holdView();
@@ -44,13 +44,13 @@ public:
     void create(const QString &key, quint32 type);
     bool set(const QString &key, const QString &value);
     /// See VorkanClient::commit().
-    bool commit(const QString &path);
+    bool commit();
 
-    const std::string &path() const { return m_path; }
     /// Whether this process has the right to write the file.
     bool isWritable() const;
-    /// The user knows that the file cannot be written: from now on failing commits are not told.
-    void setKnownUnwritable() { m_knownUnwritable = true; }
+    /// False once an entry could not be read. What it holds is unknown then: a default that is written over it could
+    /// lose somebody's choice, so nothing is read or written any more.
+    bool isReadable() const { return readable; }
 
 private:
     Q_DISABLE_COPY(RegistryStore)
@@ -67,25 +67,22 @@ private:
     void close();
     bool isSameFile() const;
     void ensureFile() const;
-    void write(const QMap<QString, Change> &changes);
-    void giveUp(const Sqlite::Error &error);
+    void write();
+    void giveUp(const std::string &reason);
     void report(const char *what, const std::string &reason);
 
-    std::string m_path;
-    std::chrono::milliseconds m_busyTimeout{10000};
+    std::string path;
+    std::chrono::milliseconds patience{10000};
     // Members go in reverse order: the statement must be finalised before its connection closes.
-    std::optional<Sqlite::Database> m_database;
-    std::optional<Sqlite::Statement> m_select;
-    int m_viewHolders = 0;
-    bool m_inView = false; // a read transaction is open
-    dev_t m_device = 0;
-    ino_t m_inode = 0;
-    QMap<QString, Change> m_pending;
-    // Once an entry could not be read, what it holds is unknown: a default that is written over it could lose
-    // somebody's choice.
-    bool m_unusable = false;
-    std::string m_lastReport;
-    bool m_knownUnwritable = false;
+    std::optional<Sqlite::Database> database;
+    std::optional<Sqlite::Statement> select;
+    int viewHolders = 0;
+    bool inView = false; // a read transaction is open
+    dev_t device = 0;
+    ino_t inode = 0;
+    QMap<QString, Change> pending;
+    bool readable = true;
+    std::string lastReport;
 };
 
 #endif

@@ -14,19 +14,9 @@ struct sqlite3_stmt;
 /// The few things that the registry needs of SQLite, with C++ lifetimes. Every failure is a Sqlite::Error.
 namespace Sqlite {
 
-class Error : public std::runtime_error
+struct Error : std::runtime_error
 {
-public:
-    enum Kind {
-        ReadOnly, ///< what was asked for takes the right to write
-        Other
-    };
-
-    explicit Error(const std::string &reason, Kind kind = Other);
-    Kind kind() const { return m_kind; }
-
-private:
-    Kind m_kind;
+    using std::runtime_error::runtime_error;
 };
 
 class Statement;
@@ -35,18 +25,17 @@ class Statement;
 class Database
 {
 public:
-    /// Waits up to `busyTimeout` wherever another process holds a lock.
-    Database(const std::string &path, std::chrono::milliseconds busyTimeout);
+    /// Waits up to `patience` wherever another process holds a lock.
+    Database(const std::string &path, std::chrono::milliseconds patience);
     Statement prepare(const char *sql);
     void execute(const char *sql);
     bool hasTable(const char *name);
 
 private:
     friend class Statement;
-    struct Close { void operator()(sqlite3 *handle) const; };
     [[noreturn]] void fail() const;
 
-    std::unique_ptr<sqlite3, Close> m_handle;
+    std::unique_ptr<sqlite3, int (*)(sqlite3 *)> handle;
 };
 
 /// A prepared statement. Rewinds on reset(), which every round of bind and step must end with: a statement left
@@ -64,28 +53,24 @@ public:
 
 private:
     friend class Database;
-    struct Finalize { void operator()(sqlite3_stmt *handle) const; };
     Statement(Database &database, sqlite3_stmt *handle);
 
-    Database *m_database;
-    std::unique_ptr<sqlite3_stmt, Finalize> m_handle;
+    Database *database;
+    std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt *)> handle;
 };
 
 /// A write transaction that rolls back unless it was committed.
 class Transaction
 {
 public:
-    /// Immediate keeps other writers out, Exclusive readers too.
-    enum Lock { Immediate, Exclusive };
-
-    explicit Transaction(Database &database, Lock lock = Immediate);
+    explicit Transaction(Database &database);
     ~Transaction();
     void commit();
 
 private:
     Q_DISABLE_COPY(Transaction)
-    Database &m_database;
-    bool m_open = true;
+    Database &database;
+    bool isOpen = true;
 };
 
 } // namespace Sqlite

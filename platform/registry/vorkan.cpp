@@ -12,8 +12,17 @@ Vorkan::~Vorkan()
     RegistryStore::instance().releaseView();
 }
 
-int Vorkan::get(const QString &key, QString &value, const _RegEntryParam & /*param*/,
-                const QString &defaultValue)
+bool Vorkan::isReadable()
+{
+    return RegistryStore::instance().isReadable();
+}
+
+void Vorkan::setPatience(std::chrono::milliseconds patience)
+{
+    RegistryStore::instance().setPatience(patience);
+}
+
+int Vorkan::get(const QString &key, QString &value, const _RegEntryParam & /*param*/, const QString &defaultValue)
 {
     const std::optional<RegistryStore::Entry> entry = RegistryStore::instance().find(key);
     value = entry ? entry->value : defaultValue;

@@ -3,6 +3,8 @@
 
 #include <QString>
 
+#include <chrono>
+
 /// Name of the registry's root; every key begins with it. Keys are slash-separated.
 inline constexpr char VorkanRootName[] = "root";
 
@@ -41,6 +43,12 @@ public:
     /// Reads the entry's text into `value`, or `defaultValue` when there is no such entry. Writes that wait
     /// for a commit in this process are seen. Returns 0 when the entry exists.
     int get(const QString &key, QString &value, const _RegEntryParam &param, const QString &defaultValue);
+
+    /// False once the registry could not be read: what looks like a missing entry may be one that somebody set.
+    static bool isReadable();
+    /// How long to wait where another process keeps the registry locked; 10 s until it is called, which has to be
+    /// before the first read.
+    static void setPatience(std::chrono::milliseconds patience);
 
 private:
     Q_DISABLE_COPY(Vorkan)

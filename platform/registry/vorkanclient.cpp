@@ -18,7 +18,7 @@ int VorkanClient::set(const QString &key, const QString &value, const _RegEntryP
     return RegistryStore::instance().set(key, value) ? 0 : 1;
 }
 
-int VorkanClient::commit(const QString &path)
+int VorkanClient::commit(const QString & /*path*/)
 {
-    return RegistryStore::instance().commit(path) ? 0 : 1;
+    return RegistryStore::instance().commit() ? 0 : 1;
 }

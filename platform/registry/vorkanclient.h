@@ -21,9 +21,8 @@ public:
     /// Gives an existing entry a new text. Returns 0, or non-zero when there is no such entry.
     int set(const QString &key, const QString &value, const _RegEntryParam &param);
 
-    /// Writes the pending changes at or below `path` (all of them for an empty path) in one durable
-    /// transaction. Returns 0; otherwise nothing was written, the reason went to standard error and the changes
-    /// stay pending.
+    /// Writes all pending changes in one durable transaction, whatever the path, which is empty so far. Returns 0;
+    /// otherwise nothing was written, the reason went to standard error and the changes stay pending.
     int commit(const QString &path);
 };
 
