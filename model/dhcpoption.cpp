@@ -9,8 +9,7 @@
 
 #include <iostream>
 
-DhcpOption::DhcpOption(const QString &fileName, QObject *parent)
-    : QObject(parent)
+DhcpOption::DhcpOption(const QString &fileName, QObject *parent) : QObject(parent)
 {
     if (!fileName.isEmpty())
         loadDefinition(fileName);
@@ -19,7 +18,7 @@ DhcpOption::DhcpOption(const QString &fileName, QObject *parent)
 void DhcpOption::loadDefinition(const QString &fileName)
 {
     const bool parsed = parseFile(fileName);
-    // Checked even after a failed parse: whoever mends the file wants to hear everything at once.
+    // Checked even after a failed parse: whoever fixes the file wants to know everything at once.
     const bool complete = isComplete(fileName);
     if (!parsed || !complete)
         throw FileParseFailed;
@@ -59,9 +58,9 @@ bool DhcpOption::isComplete(const QString &fileName) const
     return complete;
 }
 
-QString DhcpOption::localizedText(const QString &languageTag, const QHash<QString, QString> &texts) const
+QString DhcpOption::localizedText(const QString &language, const QHash<QString, QString> &texts) const
 {
-    QString tag = languageTag.isEmpty() ? QLocale::system().name() : languageTag;
+    QString tag = language.isEmpty() ? QLocale::system().name() : language;
     auto text = texts.constFind(tag);
     for (const char separator : {'.', '_'}) {
         if (text != texts.constEnd())
@@ -89,7 +88,7 @@ bool DhcpOption::setCode(const QString &text)
     return true;
 }
 
-QString DhcpOption::newOptionSpec(unsigned int optionCode) const
+QString DhcpOption::newOptionSpec(unsigned int code) const
 {
-    return linuxName + QLatin1Char(' ') + QString::number(optionCode) + QLatin1Char(' ') + linuxType;
+    return linuxName + QLatin1Char(' ') + QString::number(code) + QLatin1Char(' ') + linuxType;
 }

@@ -18,7 +18,7 @@ class DhcpOption : public QObject
 public:
     enum ExceptionType {
         FileNotReadable = 1, ///< the file cannot be opened
-        FileParseFailed = 2  ///< it is no well-formed definition, or lacks something; told on standard error
+        FileParseFailed = 2  ///< it is no well-formed definition, or lacks something; reported on standard error
     };
 
     /// Reads the definition, the stored code and the current value. Throws an ExceptionType by value. With an
@@ -27,19 +27,19 @@ public:
 
     /// The text for a language tag such as de_DE, the empty tag meaning the system locale; falls back to the
     /// language without its encoding and country, then to English. Empty when there is none of these.
-    QString localizedText(const QString &languageTag, const QHash<QString, QString> &texts) const;
+    QString localizedText(const QString &language, const QHash<QString, QString> &texts) const;
 
     /// Takes a code typed by the user, decimal 1 to 255; false, and no change, for anything else.
     bool setCode(const QString &text);
 
     /// The argument that declares the option to the edit tool under the given code: "NAME CODE TYPE".
-    QString newOptionSpec(unsigned int optionCode) const;
+    QString newOptionSpec(unsigned int code) const;
 
-    /// Reads anew the value that the client last received.
+    /// Reads again the value that the client last received.
     void readCurrentValue();
 
     /// Brings the requested state and the code in effect to the client's configuration. Waits for the edit tool
-    /// for 2 s at most and tells nobody whether it succeeded. True when a stored code was written to the registry:
+    /// for 2 s at most; whether it succeeded is not reported. True when a stored code was written to the registry:
     /// the caller owes a commit. Options of the other classes than Normal and AlwaysOn are left alone.
     bool applyToClient(bool requested);
 
@@ -50,8 +50,8 @@ public:
     bool parseBool(const QString &text, bool &value);
     bool setDhcpClass(const QString &text);
 
-    QString currentValue; ///< "N/A", translated, when the client received none
-    quint32 code = 0;     ///< in effect: the definition's, the stored one, or what the user has typed since
+    QString currentValue;     ///< "N/A", translated, when the client received none
+    quint32 code = 0;         ///< in effect: the definition's, the stored one, or what the user has typed since
     quint32 standardCode = 0; ///< the definition's; not 0. DHCP has 1 to 254 for options (RFC 2132), unchecked here
     QHash<QString, QString> names; ///< by language tag
     QString windowsName;
@@ -64,7 +64,7 @@ public:
     bool requestedByDefault = true;
     bool standardOption = false;
     bool hideOption = false;
-    bool linuxPredefined = false; ///< the client knows the option: its code is fixed
+    bool linuxPredefined = false;  ///< the client knows the option: its code is fixed
     bool appliedRequested = false; ///< as last shown at start or applied; the table sets it first
     quint32 appliedCode = 0;
     QString requestKey; ///< registry key of the requested state

@@ -2,7 +2,7 @@
 
 #include "dhcpoption.h"
 
-#include "edittool.h"
+#include "dhclient.h"
 
 bool DhcpOption::applyToClient(bool requested)
 {
@@ -30,7 +30,7 @@ bool DhcpOption::applyToClient(bool requested)
     }
     arguments << (requested ? addRequest : deleteRequest) << linuxName;
 
-    EditTool::run(arguments, this);
+    Dhclient::edit(arguments, this);
 
     appliedRequested = requested;
     appliedCode = code;

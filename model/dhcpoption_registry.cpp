@@ -18,10 +18,11 @@ void DhcpOption::buildKeys()
 
 void DhcpOption::readStoredCode()
 {
-    if (VorkanClient().contains(codeKey) != 0)
+    VorkanClient client;
+    if (client.contains(codeKey) != 0)
         return;
     QString value;
-    VorkanClient().get(codeKey, value, _RegEntryParam(), QString());
+    client.get(codeKey, value, _RegEntryParam(), QString());
     bool isNumber = false;
     const quint32 storedCode = value.toUInt(&isNumber, 10);
     if (isNumber)

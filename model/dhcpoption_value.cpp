@@ -3,21 +3,41 @@
 #include "dhcpoption.h"
 
 #include "paths.h"
+#include "posix.h"
 
+#include <QBuffer>
 #include <QFile>
 #include <QTextCodec>
 #include <QTextStream>
 
+#include <algorithm>
+#include <cerrno>
+
 #include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
 constexpr char FirstVariableDirectory[] = "/var/lib/dhcp3/vars/eth0";
 constexpr char SecondVariableDirectory[] = "/var/lib/dhcp3/vars/eth1";
 
-/// Opens the option's variable file: the first readable one, under the name with dashes or as it is. -1 without
-/// one. To open is to ask whether it is readable, at half the price of asking first.
-int openVariableFile(const QString &linuxName)
+/// No DHCP message is longer, however its values are written; whatever is, is read so far.
+constexpr int MaximumSize = 64 * 1024;
+
+QByteArray readStart(int file)
+{
+    struct stat status = {};
+    QByteArray content(MaximumSize, Qt::Uninitialized);
+    const bool isRegular = ::fstat(file, &status) == 0 && S_ISREG(status.st_mode);
+    const ssize_t size = isRegular ? ::read(file, content.data(), MaximumSize) : 0;
+    content.truncate(static_cast<int>(std::max<ssize_t>(size, 0)));
+    return content;
+}
+
+/// The content of the option's variable file: the first readable one, under the name with dashes or as it is. Empty
+/// without one, and where it is no regular file.
+QByteArray readVariableFile(const QString &linuxName)
 {
     const QByteArray name = QFile::encodeName(linuxName);
     QByteArray dashedName = name;
@@ -25,28 +45,32 @@ int openVariableFile(const QString &linuxName)
     for (const char *fixedPath : {FirstVariableDirectory, SecondVariableDirectory}) {
         const std::string directory = Paths::resolve(fixedPath) + '/';
         for (const QByteArray &candidate : {dashedName, name}) {
-            const int descriptor = ::open((directory + candidate.constData()).c_str(), O_RDONLY | O_CLOEXEC);
-            if (descriptor >= 0)
-                return descriptor;
+            // To open is to ask whether it is readable, at half the price of asking first. It does not wait for the
+            // other end of a pipe.
+            const std::string path = directory + candidate.constData();
+            const Posix::Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+            if (file)
+                return readStart(file.get());
+            // Anything else is readable, and cannot be opened all the same.
+            if (errno != ENOENT && errno != ENOTDIR && errno != EACCES && errno != ELOOP && errno != ENAMETOOLONG)
+                return {};
             if (dashedName == name)
                 break;
         }
     }
-    return -1;
+    return {};
 }
 
 /// The first line that assigns something; null without one.
 QString assignmentLine(QTextStream &stream)
 {
-    // At the end the line is null. To ask atEnd() would cost a system call for every file.
-    for (;;) {
+    while (!stream.atEnd()) {
         stream.skipWhiteSpace();
         const QString line = stream.readLine();
-        if (line.isNull())
-            return line;
-        if (!line.isEmpty() && !line.startsWith(QLatin1Char('#')) && line.contains(QLatin1Char('=')))
+        if (!line.startsWith(QLatin1Char('#')) && line.contains(QLatin1Char('=')))
             return line;
     }
+    return {};
 }
 
 QString unquoted(const QString &text)
@@ -64,11 +88,10 @@ void DhcpOption::readCurrentValue()
 {
     currentValue = tr("N/A", "Short for Not Available.  Should be brief.");
 
-    const int descriptor = openVariableFile(linuxName);
-    QFile file;
-    if (descriptor < 0 || !file.open(descriptor, QIODevice::ReadOnly | QIODevice::Text, QFile::AutoCloseHandle))
-        return;
-    QTextStream stream(&file);
+    QByteArray content = readVariableFile(linuxName);
+    QBuffer buffer(&content);
+    buffer.open(QIODevice::ReadOnly | QIODevice::Text);
+    QTextStream stream(&buffer);
     static QTextCodec *const utf8 = QTextCodec::codecForName("UTF-8");
     stream.setCodec(utf8);
     const QString line = assignmentLine(stream);

@@ -1,9 +1,9 @@
 #include "mainwindow.h"
 
 #include "configurationpageheader.h"
+#include "dhclient.h"
 #include "dhcpoption.h"
 #include "dhcptable.h"
-#include "edittool.h"
 #include "registrystore.h"
 #include "vapplyokcancelpanel.h"
 #include "vgui.h"
@@ -16,8 +16,6 @@
 #include <QFrame>
 #include <QLabel>
 #include <QPixmap>
-#include <QProcess>
-#include <QStandardPaths>
 #include <QVBoxLayout>
 
 namespace {
@@ -30,19 +28,6 @@ constexpr int SelectorCharacters = 12;
 QPixmap windowPixmap()
 {
     return QPixmap(Paths::resolved(IconPath));
-}
-
-/// The DHCP client to start. Below a root prefix it is that root's, or none: an image build or a test must not
-/// start the machine's own client.
-QString clientProgram()
-{
-    const QString client = QStringLiteral("dhclient");
-    if (!Paths::hasRoot())
-        return client;
-    QStringList directories;
-    for (const char *directory : {"/usr/sbin", "/sbin", "/usr/bin", "/bin"})
-        directories << Paths::resolved(directory);
-    return QStandardPaths::findExecutable(client, directories);
 }
 
 } // namespace
@@ -111,7 +96,7 @@ MainWindow::~MainWindow() = default;
 QString MainWindow::missingRights()
 {
     const bool isStored = RegistryStore::instance().isWritable();
-    const bool isApplied = EditTool::mayEdit();
+    const bool isApplied = Dhclient::mayEdit();
     if (isStored && isApplied)
         return QString();
     if (isStored)
@@ -135,9 +120,7 @@ void MainWindow::apply()
     container->validate();
     table->applyOptions(forceApply);
     QApplication::restoreOverrideCursor();
-    const QString client = clientProgram();
-    if (!client.isEmpty())
-        QProcess::startDetached(client, {QStringLiteral("-1")});
+    Dhclient::start();
 }
 
 void MainWindow::applyAndQuit()

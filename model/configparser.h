@@ -13,7 +13,7 @@ class ConfigParser : public QXmlDefaultHandler
 {
 public:
     /// The record is not owned and must outlive the parse.
-    explicit ConfigParser(DhcpOption *record);
+    explicit ConfigParser(DhcpOption *option);
     ~ConfigParser() override;
 
     bool startElement(const QString &namespaceUri, const QString &localName, const QString &qualifiedName,
@@ -39,6 +39,7 @@ private:
     // The character data since the last tag, and the attributes of the last element that started.
     QString elementText;
     QXmlAttributes elementAttributes;
+    int depth = 0; // of the elements that are open
 };
 
 #endif

@@ -9,6 +9,8 @@
 
 namespace {
 
+constexpr int MaximumDepth = 256; // a definition has two levels
+
 void report(const char *heading, const QXmlParseException &exception)
 {
     std::cerr << heading << std::endl
@@ -60,10 +62,7 @@ struct ConfigParser::Element
         return *texts.insert(text);
     }
 
-    static bool nothing(const ConfigParser & /*parser*/, const QString & /*value*/)
-    {
-        return true;
-    }
+    static bool nothing(const ConfigParser & /*parser*/, const QString & /*value*/) { return true; }
 
     static bool code(const ConfigParser &parser, const QString &value)
     {
@@ -99,16 +98,16 @@ const ConfigParser::Element ConfigParser::Element::all[] = {
     {"linux-predefined", flag<&DhcpOption::linuxPredefined>},
 };
 
-ConfigParser::ConfigParser(DhcpOption *record)
-    : option(record)
-{
-}
+ConfigParser::ConfigParser(DhcpOption *option) : option(option) {}
 
 ConfigParser::~ConfigParser() = default;
 
 bool ConfigParser::startElement(const QString & /*namespaceUri*/, const QString & /*localName*/,
                                 const QString & /*qualifiedName*/, const QXmlAttributes &attributes)
 {
+    // Qt's reader calls itself for each level, until the stack ends.
+    if (++depth > MaximumDepth)
+        return false;
     elementText.clear();
     elementAttributes = attributes;
     return true;
@@ -128,6 +127,7 @@ bool ConfigParser::ignorableWhitespace(const QString & /*text*/)
 bool ConfigParser::endElement(const QString & /*namespaceUri*/, const QString &localName,
                               const QString & /*qualifiedName*/)
 {
+    --depth;
     // Records live as long as the program; the room that collecting left behind the text would too.
     elementText.squeeze();
     const QString value = elementText;

@@ -9,8 +9,7 @@ inline bool isWord(const QString &text, const char *word)
 {
     // Folding case changes no length, and most words already differ in theirs.
     const QLatin1String latin1(word);
-    return text.size() == latin1.size()
-        && (text == latin1 || text.compare(latin1, Qt::CaseInsensitive) == 0);
+    return text.size() == latin1.size() && (text == latin1 || text.compare(latin1, Qt::CaseInsensitive) == 0);
 }
 
 #endif

@@ -1,0 +1,50 @@
+#include "dhclient.h"
+
+#include "qtpaths.h"
+
+#include <QProcess>
+#include <QStandardPaths>
+
+namespace {
+
+constexpr char ToolPath[] = "/usr/sbin/kiro-dhclient-edit";
+constexpr char ClientConfiguration[] = "/etc/dhcp/dhclient.conf";
+constexpr int PatienceMsecs = 2000;
+
+/// Below a root prefix it is that root's client, or none: an image build or a test must not start the machine's own.
+QString clientProgram()
+{
+    const QString client = QStringLiteral("dhclient");
+    if (!Paths::hasRoot())
+        return client;
+    QStringList directories;
+    for (const char *directory : {"/usr/sbin", "/sbin", "/usr/bin", "/bin"})
+        directories << Paths::resolved(directory);
+    return QStandardPaths::findExecutable(client, directories);
+}
+
+} // namespace
+
+bool Dhclient::mayEdit()
+{
+    return Paths::isWritable(Paths::resolve(ClientConfiguration));
+}
+
+void Dhclient::edit(const QStringList &commands, QObject *owner)
+{
+    // No subclass of QProcess: for one, Qt takes a slower way to fork (it might do something in the child).
+    auto *process = new QProcess(owner);
+    // Nobody reads what the tool says, and one that outlives this process must not die of a closed pipe.
+    process->setStandardOutputFile(QProcess::nullDevice());
+    process->setStandardErrorFile(QProcess::nullDevice());
+    process->start(Paths::resolved(ToolPath), commands, QIODevice::ReadWrite);
+    process->waitForFinished(PatienceMsecs);
+    process->deleteLater();
+}
+
+void Dhclient::start()
+{
+    const QString client = clientProgram();
+    if (!client.isEmpty())
+        QProcess::startDetached(client, {QStringLiteral("-1")});
+}

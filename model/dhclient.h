@@ -1,0 +1,23 @@
+#ifndef DHCLIENT_H
+#define DHCLIENT_H
+
+#include <QStringList>
+
+class QObject;
+
+/// The DHCP client and the tool that edits its configuration, both programs of their own.
+namespace Dhclient {
+
+/// Whether an edit tool that is started from here has the right to write the client's configuration.
+bool mayEdit();
+
+/// Runs the edit tool and waits for its end, 2 s at most. The process object, a child of `owner`, is handed to
+/// deferred deletion: a tool that is still at work then is killed, and goes on where no event loop runs any more.
+void edit(const QStringList &commands, QObject *owner);
+
+/// Starts the client, detached; it reads the configuration as it then is.
+void start();
+
+} // namespace Dhclient
+
+#endif

@@ -1,0 +1,12 @@
+#ifndef DHCPCLASS_H
+#define DHCPCLASS_H
+
+/// Who decides whether an option is requested from the server.
+enum DhcpClass_t {
+    Normal = 0,   ///< the user
+    Managed = 1,  ///< another control panel
+    AlwaysOn = 2, ///< nobody: it is always requested
+    AlwaysOff = 3 ///< nobody: it is never requested
+};
+
+#endif
