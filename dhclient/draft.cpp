@@ -13,7 +13,7 @@ constexpr std::string_view EmptyList = "also request;";
 
 bool isSoundDeclaration(const Statement &statement)
 {
-    return statement.kind == Statement::Declaration && !statement.type.empty();
+    return statement.kind == Statement::Declaration && !statement.value.empty();
 }
 
 } // namespace

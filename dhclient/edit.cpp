@@ -45,7 +45,7 @@ struct NewOption
     int code;
     std::string type; ///< as of normalisedType()
 
-    bool isSame(const Statement &declaration) const { return declaration.code == code && declaration.type == type; }
+    bool isSame(const Statement &declaration) const { return declaration.code == code && declaration.value == type; }
 };
 
 bool isList(const Step &step)
@@ -123,7 +123,7 @@ void declare(Draft &draft, const NewOption &wanted)
     }
     const Statement kept = *draft.reading().steps()[own.front()].statement;
     std::string text = draft.text();
-    if (kept.type != wanted.type)
+    if (kept.value != wanted.type)
         text = replaced(text, kept.typeRange, wanted.type);
     if (kept.code != wanted.code)
         text = replaced(text, kept.codeRange, std::to_string(wanted.code));
@@ -138,7 +138,7 @@ void declareInTime(Draft &draft, const std::string &name, const std::string &id)
     if (knownCode(id) != 0 || places.empty() || places.front() < reading.firstUse(id))
         return;
     const Statement &last = *reading.steps()[places.back()].statement;
-    declare(draft, {name, id, last.code, last.type});
+    declare(draft, {name, id, last.code, last.value});
 }
 
 // Out of every list of the edited file.
@@ -260,9 +260,8 @@ void undeclare(Draft &draft, const NewOption &unwanted)
     const bool isUsed = std::any_of(steps.begin(), steps.end(), [&unwanted](const Step &step) {
         const auto isName = [&unwanted](const Name &name) { return name.id == unwanted.id; };
         const std::vector<Name> &names = step.statement->names;
-        const std::vector<Name> &uses = step.statement->uses;
-        return std::any_of(uses.begin(), uses.end(), isName)
-            || (step.included && isList(step) && std::any_of(names.begin(), names.end(), isName));
+        return (step.statement->kind == Statement::Opaque || (step.included && isList(step)))
+            && std::any_of(names.begin(), names.end(), isName);
     });
     if (!doomed.empty() && !staysKnown && isUsed) {
         draft.note('"' + unwanted.name + "\" is still used, its declaration stays");
@@ -287,9 +286,10 @@ void noteSharedCode(Draft &draft, const Option &option, const std::string &name)
     if (!known.empty() && draft.reading().code(std::string(known)) == option.code)
         others.insert(std::string(known));
     for (const Step &step : draft.reading().steps()) {
-        const bool isDeclaration = step.statement->kind == Statement::Declaration;
-        if (isDeclaration && draft.reading().code(step.statement->names.front().id) == option.code)
-            others.insert(step.statement->names.front().id);
+        const Statement &statement = *step.statement;
+        if (statement.kind == Statement::Declaration && statement.code == option.code
+            && draft.reading().code(statement.names.front().id) == option.code)
+            others.insert(statement.names.front().id);
     }
     others.erase(option.id);
     if (option.code == 0 || others.empty())
@@ -306,11 +306,11 @@ void noteSentList(Draft &draft)
 {
     constexpr int ParameterRequestList = 55;
     for (const Step &step : draft.reading().steps()) {
-        const std::vector<Name> &uses = step.statement->uses;
-        if (!step.statement->sends || uses.empty())
+        const std::vector<Name> &names = step.statement->names;
+        if (!step.statement->sends || names.empty())
             continue;
-        const int code = numberedCode(uses.front().id);
-        if ((code != 0 ? code : draft.reading().code(uses.front().id)) == ParameterRequestList)
+        const int code = numberedCode(names.front().id);
+        if ((code != 0 ? code : draft.reading().code(names.front().id)) == ParameterRequestList)
             draft.note((step.included ? fileName(step) + ", " : std::string()) + "line "
                        + std::to_string(step.statement->line) + " sends a list of its own, whatever is requested");
     }

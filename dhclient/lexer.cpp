@@ -10,11 +10,6 @@ namespace DhclientConf {
 
 namespace {
 
-constexpr char lowerCase(char c)
-{
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
-}
-
 enum Class : unsigned char { Other, Space, Letter };
 
 // A look-up per byte: most of the tool's time is spent here.
@@ -39,12 +34,6 @@ Class classOf(char c)
 }
 
 } // namespace
-
-bool Token::isWord(std::string_view keyword) const
-{
-    return kind == Word && text.size() == keyword.size()
-        && std::equal(text.begin(), text.end(), keyword.begin(), [](char a, char b) { return lowerCase(a) == b; });
-}
 
 std::string lower(std::string_view text)
 {

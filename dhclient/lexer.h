@@ -1,11 +1,17 @@
 #ifndef LEXER_H
 #define LEXER_H
 
+#include <algorithm>
 #include <cstddef>
 #include <string>
 #include <string_view>
 
 namespace DhclientConf {
+
+constexpr char lowerCase(char c)
+{
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
+}
 
 /// A piece of a configuration as the client's lexer splits it.
 struct Token
@@ -24,8 +30,19 @@ struct Token
     std::string_view text;
 
     bool isSign(char sign) const { return kind == Sign && text.front() == sign; }
-    /// Whether it is that keyword, given in lower case; the client ignores case.
-    bool isWord(std::string_view keyword) const;
+    /// Whether it is one of these keywords, given in lower case; the client ignores case.
+    template<typename... Keywords>
+    bool isWord(Keywords... keywords) const
+    {
+        return kind == Word && (isEqual(keywords) || ...);
+    }
+
+private:
+    bool isEqual(std::string_view keyword) const
+    {
+        return text.size() == keyword.size()
+            && std::equal(text.begin(), text.end(), keyword.begin(), [](char a, char b) { return lowerCase(a) == b; });
+    }
 };
 
 /// In ASCII's lower case, whatever the locale.

@@ -22,7 +22,7 @@ bool names(const std::vector<Name> &list, const std::string &id)
 
 Reading::Reading(std::string_view text, const Reader &reader) : reader(reader)
 {
-    files.push_back({{}, std::string(text), parse(text)});
+    files.push_back({{}, {}, parse(text)});
     allContexts.emplace_back();
     read(files.front().statements, 0, nullptr, 0);
 }
@@ -41,8 +41,8 @@ void Reading::read(const std::vector<Statement> &statements, std::size_t context
             readList(step, context);
             break;
         case Statement::Declaration:
-            if (!statement.type.empty())
-                declared.insert(statement.names.front().id);
+            if (!statement.value.empty())
+                declaredCodes[statement.names.front().id] = statement.code;
             break;
         case Statement::Include:
             readInclude(statement, context, depth);
@@ -61,7 +61,7 @@ void Reading::readList(const Step &list, std::size_t context)
     for (const Name &name : list.statement->names) {
         // Names with a dot belong to other option spaces, which are not looked into.
         if (name.id.find('.') != std::string::npos || knownCode(name.id) != 0 || numberedCode(name.id) != 0
-            || declared.count(name.id) != 0)
+            || declaredCodes.count(name.id) != 0)
             continue;
         std::string reason = "no option is called \"" + name.id + "\" here";
         if (list.included)
@@ -78,19 +78,19 @@ void Reading::readList(const Step &list, std::size_t context)
 
 void Reading::readInclude(const Statement &include, std::size_t context, int depth)
 {
-    std::optional<std::string> content = reader(include.word);
+    std::optional<std::string> content = reader(include.value);
     if (!content) {
-        unreadable.push_back(include.word);
+        unreadable.push_back(include.value);
         return;
     }
     if (depth == DeepestInclude || files.size() == MostFiles)
-        throw Error(Error::File, include.word + ": too many files included", line);
-    files.push_back({include.word, std::move(*content), {}});
+        throw Error(Error::File, include.value + ": too many files included", line);
+    files.push_back({include.value, std::move(*content), {}});
     File &file = files.back();
     try {
         file.statements = parse(file.text, context != 0);
     } catch (const Error &error) {
-        throw Error(Error::File, "in \"" + include.word + "\", line " + std::to_string(error.line) + ": " + error.what(),
+        throw Error(Error::File, "in \"" + include.value + "\", line " + std::to_string(error.line) + ": " + error.what(),
                     line);
     }
     read(file.statements, context, &file.path, depth + 1);
@@ -99,11 +99,11 @@ void Reading::readInclude(const Statement &include, std::size_t context, int dep
 std::size_t Reading::enter(const Statement &block, std::size_t outer)
 {
     const auto known = std::find_if(allContexts.begin() + 1, allContexts.end(), [&block](const Context &context) {
-        return context.interface == block.word;
+        return context.interface == block.value;
     });
-    if (known != allContexts.end() && block.word.front() == '"') // no second block reaches a pseudo interface
+    if (known != allContexts.end() && block.value.front() == '"') // no second block reaches a pseudo interface
         return static_cast<std::size_t>(known - allContexts.begin());
-    allContexts.push_back({block.word, allContexts[outer].lists});
+    allContexts.push_back({block.value, allContexts[outer].lists});
     return allContexts.size() - 1;
 }
 
@@ -121,21 +121,17 @@ std::vector<std::size_t> Reading::declarations(const std::string &id) const
 std::size_t Reading::firstUse(const std::string &id) const
 {
     const auto use = std::find_if(allSteps.begin(), allSteps.end(), [&id](const Step &step) {
-        return (step.statement->kind != Statement::Declaration && names(step.statement->names, id))
-            || names(step.statement->uses, id);
+        return step.statement->kind != Statement::Declaration && names(step.statement->names, id);
     });
     return static_cast<std::size_t>(use - allSteps.begin());
 }
 
 int Reading::code(const std::string &id) const
 {
-    const std::vector<std::size_t> places = declarations(id);
-    const auto last = std::find_if(places.rbegin(), places.rend(), [this](std::size_t place) {
-        return !allSteps[place].statement->type.empty();
-    });
+    const auto declared = declaredCodes.find(id);
     if (id.find('.') != std::string::npos)
         return 0;
-    return last == places.rend() ? knownCode(id) : allSteps[*last].statement->code;
+    return declared == declaredCodes.end() ? knownCode(id) : declared->second;
 }
 
 } // namespace DhclientConf

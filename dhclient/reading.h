@@ -5,8 +5,8 @@
 
 #include <deque>
 #include <functional>
+#include <map>
 #include <optional>
-#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -48,7 +48,7 @@ struct Fault
 class Reading
 {
 public:
-    /// Throws Error for what can't be understood.
+    /// Throws Error for what can't be understood. The text must outlive the reading.
     Reading(std::string_view text, const Reader &reader);
     Reading(const Reading &) = delete;
     Reading &operator=(const Reading &) = delete;
@@ -89,8 +89,8 @@ private:
     std::vector<Context> allContexts;
     std::vector<Fault> allFaults;
     std::vector<std::string> unreadable;
-    std::set<std::string_view> declared; ///< so far
-    int line = 0;                        ///< of the edited file's statement that is being read
+    std::map<std::string_view, int> declaredCodes; ///< by id, so far; the last declaration holds
+    int line = 0;                                  ///< of the edited file's statement that is being read
 };
 
 } // namespace DhclientConf

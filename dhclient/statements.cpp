@@ -23,12 +23,6 @@ int lowByte(std::string_view digits)
     return code;
 }
 
-bool isOneOf(const Token &token, std::initializer_list<std::string_view> keywords)
-{
-    return std::any_of(keywords.begin(), keywords.end(),
-                       [&token](std::string_view keyword) { return token.isWord(keyword); });
-}
-
 class Parser
 {
 public:
@@ -90,6 +84,8 @@ bool Parser::takeSign(char sign)
 std::vector<Statement> Parser::statements(bool inBlock)
 {
     std::vector<Statement> result;
+    if (!inBlock)
+        result.reserve(static_cast<std::size_t>(std::count(text.begin(), text.end(), ';')));
     while (!atEnd() && !token.isSign('}'))
         result.push_back(statement(inBlock));
     return result;
@@ -101,10 +97,12 @@ Statement Parser::statement(bool inBlock)
     Statement result;
     result.range.begin = token.begin;
     result.line = token.line;
-    if (!list(result)) {
+    const bool isList = token.isWord("request", "require", "also") && list(result);
+    if (!isList) {
         const Parser start = *this;
-        const bool understood = include(result) || (!inBlock && (declaration(result) || block(result)));
-        if (!understood) {
+        const bool isKnown = token.isWord("option", "include", "interface", "pseudo")
+            && (include(result) || (!inBlock && (declaration(result) || block(result))));
+        if (!isKnown) {
             *this = start;
             opaque(result);
         }
@@ -135,7 +133,7 @@ bool Parser::list(Statement &result)
 {
     const Parser start = *this;
     result.also = take("also");
-    if (!isOneOf(token, {"request", "require"})) {
+    if (!token.isWord("request", "require")) {
         result.also = false;
         *this = start;
         return false;
@@ -178,7 +176,7 @@ bool Parser::declaration(Statement &result)
         expected("\";\"");
     result.kind = Statement::Declaration;
     if (sound)
-        result.type = normalisedType(text.substr(result.typeRange.begin, result.typeRange.end - result.typeRange.begin));
+        result.value = normalisedType(text.substr(result.typeRange.begin, result.typeRange.end - result.typeRange.begin));
     return true;
 }
 
@@ -186,7 +184,7 @@ bool Parser::include(Statement &result)
 {
     if (!take("include") || token.kind != Token::String)
         return false;
-    result.word = stringValue(token.text);
+    result.value = stringValue(token.text);
     advance();
     if (!takeSign(';'))
         return false;
@@ -197,10 +195,10 @@ bool Parser::include(Statement &result)
 bool Parser::block(Statement &result)
 {
     const bool pseudo = token.isWord("pseudo");
-    if (!isOneOf(token, {"interface", "pseudo"}))
+    if (!token.isWord("interface", "pseudo"))
         return false;
     advance();
-    result.word = (pseudo ? "pseudo " : "") + std::string(token.text);
+    result.value = (pseudo ? "pseudo " : "") + std::string(token.text);
     for (int strings = pseudo ? 2 : 1; strings > 0; --strings) {
         if (token.kind != Token::String)
             return false;
@@ -221,14 +219,10 @@ void Parser::opaque(Statement &result)
     result.sends = token.isWord("send");
     int depth = 0;
     while (!atEnd()) {
-        if (isOneOf(token, {"option", "send", "default", "supersede", "prepend", "append"})) {
+        if (token.isWord("option", "send", "default", "supersede", "prepend", "append")) {
             advance();
-            const Parser start = *this;
-            result.uses.push_back(name());
-            if (result.uses.back().id.empty()) {
-                result.uses.pop_back();
-                *this = start;
-            }
+            if (Name used = name(); !used.id.empty())
+                result.names.push_back(std::move(used));
         } else if (takeSign('{')) {
             ++depth;
         } else if (takeSign('}')) {

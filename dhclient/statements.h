@@ -28,29 +28,28 @@ struct Name
 struct Statement
 {
     enum Kind : unsigned char {
-        Opaque,      ///< anything that is not listed below
+        Opaque,      ///< anything that is not listed below: `names` are the options that it uses
         Request,     ///< [also] request: `names` is the list
         Require,     ///< [also] require: `names` is the list
-        Declaration, ///< option NAME code N = TYPE: `names` holds the name
-        Include,     ///< include "FILE": `word` is the path
-        Block        ///< interface and pseudo blocks: `word` tells which interface, `body` holds the statements
+        Declaration, ///< option NAME code N = TYPE: `names` holds the name; `value` is the type as of normalisedType(),
+                     ///< empty where the client would not accept it
+        Include,     ///< include "FILE": `value` is the path
+        Block        ///< interface and pseudo blocks: `value` tells which, quotes included; `body` holds the statements
     };
 
     Kind kind = Opaque;
     bool also = false;
+    bool sends = false; ///< a send statement, which gives the server the first of `names`
     int line = 0;
     Range range; ///< from its first token to its last, the ";" or "}"
     std::size_t keywordEnd = 0; ///< of a list: the end of "request" or "require"
     std::vector<Name> names;
-    std::vector<Name> uses; ///< of an opaque statement: the options that it names
-    bool sends = false;     ///< a send statement, which gives the server the first of `uses`
-    std::string word;
+    std::string value;
 
     // Of a declaration.
     Range codeRange;
     Range typeRange;
     int code = 0;     ///< what the client sends for it: the low byte of the written number (measured)
-    std::string type; ///< as normalisedType() gives it; empty where the client would not accept it
 
     std::vector<Statement> body;
 };
