@@ -5,6 +5,7 @@
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
+#include <QTest>
 
 #include <iostream>
 #include <sstream>
@@ -15,7 +16,7 @@ class TrialRoot
 public:
     TrialRoot();
 
-    QString path(const QString &fixedPath) const;
+    QString path(const QString &fixedPath) const { return directory.path() + fixedPath; }
     void write(const QString &fixedPath, const QByteArray &content) const;
     void remove(const QString &fixedPath) const;
 
@@ -29,7 +30,7 @@ public:
     void installRecorder(const QString &fixedPath, const QByteArray &before = QByteArray()) const;
     /// What the recorders noted, one line per call: the program's name and its arguments, separated by "|".
     QStringList recorded() const;
-    void forgetRecorded() const;
+    void forgetRecorded() const { remove(QStringLiteral("/recorded")); }
 
     /// Runs SQL on the registry through the sqlite3 shell, as an administrator would; returns its output's lines.
     QStringList sql(const QString &statement) const;
@@ -37,25 +38,35 @@ public:
     void presetRegistry(const QString &entries) const;
 
 private:
-    QTemporaryDir m_directory;
+    QTemporaryDir directory;
 };
 
 /// Elements that make a definition one of a custom option, or of one that the client knows.
 extern const QByteArray Custom;
 extern const QByteArray Predefined;
 
+/// Waits, for as long as a busy machine may need, until the condition holds.
+template <typename Condition>
+bool eventually(Condition condition)
+{
+    return QTest::qWaitFor(condition, 60000);
+}
+
+/// The process's open descriptors.
+int countDescriptors();
+
 /// What goes to standard error while it lives.
 class CapturedErrors
 {
 public:
-    CapturedErrors() : m_previous(std::cerr.rdbuf(m_text.rdbuf())) {}
-    ~CapturedErrors() { std::cerr.rdbuf(m_previous); }
-    QString text() const { return QString::fromStdString(m_text.str()); }
+    CapturedErrors() : previous(std::cerr.rdbuf(captured.rdbuf())) {}
+    ~CapturedErrors() { std::cerr.rdbuf(previous); }
+    QString text() const { return QString::fromStdString(captured.str()); }
 
 private:
     Q_DISABLE_COPY(CapturedErrors)
-    std::ostringstream m_text;
-    std::streambuf *m_previous;
+    std::ostringstream captured;
+    std::streambuf *previous;
 };
 
 #endif

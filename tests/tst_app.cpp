@@ -1,15 +1,19 @@
+// The application object and what the GUI library gives it.
+
 #include "dhcpapp.h"
 #include "dhcptable.h"
+#include "instancelock.h"
 #include "mainwindow.h"
 #include "sighup.h"
 #include "trial.h"
+#include "vapplication.h"
+#include "vcheckbox.h"
+#include "vgui.h"
+#include "vwidgetcontainer.h"
 
-#include <QApplication>
 #include <QComboBox>
-#include <QPointer>
 #include <QSignalSpy>
 #include <QSocketNotifier>
-#include <QTest>
 
 #include <csignal>
 
@@ -19,14 +23,15 @@ class TestApp : public QObject
 {
     Q_OBJECT
 
-private slots:
-    void initTestCase()
+public:
+    TestApp()
     {
-        m_root.define(QStringLiteral("shown"), 200, Custom);
-        m_root.setValue(QStringLiteral("shown"), "x=0");
+        root.define("shown", 200, Custom);
+        root.setValue("shown", "x=0");
         std::signal(SIGHUP, sighupHandler);
     }
 
+private slots:
     /// Before there is a pair the handler must not write anywhere, least of all to descriptor 0.
     void signalWithoutSockets()
     {
@@ -34,56 +39,77 @@ private slots:
         std::raise(SIGHUP);
         QVERIFY(!update.findChild<QSocketNotifier *>());
         QCOMPARE(sighupSockets[0], 0);
-        QCOMPARE(update.mainWindow()->findChild<QComboBox *>()->currentIndex(), 0);
     }
 
     void oneRefreshPerSignal()
     {
         const DhcpApp app(false, true);
-        DhcpTable *table = app.mainWindow()->optionTable();
-        const auto *notifier = app.findChild<QSocketNotifier *>();
-        QVERIFY(notifier);
         QCOMPARE(app.mainWindow()->findChild<QComboBox *>()->currentIndex(), int(ShowAll));
-        const QSignalSpy refreshes(notifier, &QSocketNotifier::activated);
-        const auto shownValue = [&] { return table->item(0, ValueColumn)->text(); };
-
-        m_root.setValue(QStringLiteral("shown"), "x=1");
-        QTest::qWait(20);
-        QCOMPARE(shownValue(), QStringLiteral("0"));
+        const QSignalSpy refreshes(app.findChild<QSocketNotifier *>(), &QSocketNotifier::activated);
+        root.setValue("shown", "x=1");
         for (int i = 0; i < 3; ++i)
             std::raise(SIGHUP);
-        QTRY_COMPARE(refreshes.count(), 3);
-        QCOMPARE(shownValue(), QStringLiteral("1"));
-
-        m_root.remove(QStringLiteral("/var/lib/dhcp3/vars/eth0/shown"));
-        std::raise(SIGHUP);
-        QTRY_COMPARE(shownValue(), QStringLiteral("N/A"));
-        QTest::qWait(20);
-        QCOMPARE(refreshes.count(), 4);
-        char byte = 0;
-        QVERIFY(::recv(sighupSockets[1], &byte, 1, MSG_DONTWAIT | MSG_PEEK) < 0);
-
+        const auto isDrained = [] {
+            char byte = 0;
+            return ::recv(sighupSockets[1], &byte, 1, MSG_DONTWAIT | MSG_PEEK) < 0;
+        };
+        QVERIFY(eventually(isDrained));
+        QCOMPARE(refreshes.count(), 3);
+        QCOMPARE(app.mainWindow()->optionTable()->item(0, ValueColumn)->text(), "1");
         // More signals than the socket holds, while nothing reads it: the handler must come back.
         for (int i = 0; i < 2000; ++i)
             std::raise(SIGHUP);
-        QTRY_VERIFY(::recv(sighupSockets[1], &byte, 1, MSG_DONTWAIT | MSG_PEEK) < 0);
     }
 
-    void windowOutlivesTheApplicationObject()
+    /// A second start shows the window, unless nobody started it to see one.
+    void broughtToFront()
     {
-        QPointer<MainWindow> window;
-        {
-            const DhcpApp app(true, false);
-            window = app.mainWindow();
+        const DhcpApp app(false, false);
+        MainWindow *window = app.mainWindow();
+        window->showMinimized();
+        for (const bool asksToShow : {false, true}) {
+            InstanceLock second("kiro-dhcp-mgr");
+            QCOMPARE(second.acquire(asksToShow), InstanceLock::State::Held);
+            QCOMPARE(second.holder(), ::getpid());
+            QTest::qWait(asksToShow ? 0 : 50);
+            QCOMPARE(window->isMinimized(), !asksToShow || !eventually([&] { return !window->isMinimized(); }));
         }
-        QVERIFY(window);
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        QVERIFY(!window);
+        // The tool inherits neither this socket nor the signals'.
+        root.installRecorder("/usr/sbin/kiro-dhclient-edit", "set -- $(ls -l /proc/$$/fd | grep -c socket)");
+        window->optionTable()->applyOptions(true);
+        QCOMPARE(root.recorded(), QStringList("kiro-dhclient-edit|0"));
+    }
+
+    void boundCheckBoxes()
+    {
+        root.sql("INSERT INTO entry VALUES('p/on', 10, '1'), ('p/off', 10, '0'), ('p/odd', 10, 'x')");
+        QWidget window;
+        VWidgetContainer container(&window);
+        VGui page("p", &window);
+        for (const QString name : {"on", "off", "odd", "missing"}) {
+            auto *box = new VCheckBox(&page, "p/" + name);
+            container.addWidget(box);
+            QCOMPARE(box->fieldWidget()->isChecked(), name == "on");
+            box->fieldWidget()->setChecked(name == "off");
+        }
+        QVERIFY2(window.findChildren<QAbstractButton *>().isEmpty(), "the boxes must not appear in the window");
+        QVERIFY(container.validate());
+        QCOMPARE(root.sql("SELECT key, type, value FROM entry WHERE key LIKE 'p/%' ORDER BY key"),
+                 QStringList({"p/missing|10|0", "p/odd|10|0", "p/off|10|1", "p/on|10|0"}));
+        root.sql("CREATE TRIGGER refuse BEFORE UPDATE ON entry BEGIN SELECT RAISE(ABORT, 'written'); END");
+        QVERIFY2(container.validate(), "nothing differs, so nothing is written");
     }
 
 private:
-    TrialRoot m_root;
+    TrialRoot root;
 };
 
-QTEST_MAIN(TestApp)
+int main(int argc, char **argv)
+{
+    TestApp test;
+    VApplication application(argc, argv, true, true, true);
+    application.exitIfRunning();
+    return QTest::qExec(&test, argc, argv);
+}
+
 #include "tst_app.moc"
