@@ -8,8 +8,8 @@ namespace DhclientConf {
 
 namespace {
 
-// Changes nothing wherever it stands.
-constexpr std::string_view EmptyList = "also request;";
+// Changes nothing wherever it stands, and no request enters it.
+constexpr std::string_view EmptyList = "also require;";
 
 bool isSoundDeclaration(const Statement &statement)
 {

@@ -98,6 +98,22 @@ std::string fileName(const Step &step)
     return "the included file \"" + *step.included + '"';
 }
 
+std::set<std::string> othersWithCode(const Reading &reading, const Option &option)
+{
+    std::set<std::string> others;
+    const std::string known(knownName(option.code));
+    if (!known.empty() && reading.code(known) == option.code)
+        others.insert(known);
+    for (const Step &step : reading.steps()) {
+        const Statement &statement = *step.statement;
+        if (statement.kind == Statement::Declaration && statement.code == option.code
+            && reading.code(statement.names.front().id) == option.code)
+            others.insert(statement.names.front().id);
+    }
+    others.erase(option.id);
+    return others;
+}
+
 // Leaves one declaration of the option in the edited file, with this code and type, before its first use.
 void declare(Draft &draft, const NewOption &wanted)
 {
@@ -113,7 +129,7 @@ void declare(Draft &draft, const NewOption &wanted)
     }
     if (own.empty() && !places.empty() && places.front() < firstUse && wanted.isSame(*steps[places.back()].statement))
         return;
-    const bool keepsFirst = !own.empty() && own.front() < firstUse;
+    const bool keepsFirst = !own.empty() && places.front() < firstUse;
     for (; own.size() > (keepsFirst ? 1 : 0); own.pop_back())
         draft.remove(own.back());
     if (!keepsFirst) {
@@ -270,29 +286,21 @@ void undeclare(Draft &draft, const NewOption &unwanted)
     // A list with a name that the client doesn't know is dropped whole.
     if (!doomed.empty() && !staysKnown)
         unlist(draft, {unwanted.id, 0});
+    const Option option{unwanted.id, unwanted.code};
+    if (othersWithCode(draft.reading(), option).empty())
+        unlist(draft, {std::string(), unwanted.code}); // it may be listed by number
     const std::vector<std::size_t> places = draft.reading().declarations(unwanted.id);
     for (auto place = places.rbegin(); place != places.rend(); ++place) {
         const Step &step = draft.reading().steps()[*place];
         if (!step.included && step.statement->code == unwanted.code)
             draft.remove(*place);
     }
-    declareInTime(draft, unwanted.name, unwanted.id);
 }
 
 void noteSharedCode(Draft &draft, const Option &option, const std::string &name)
 {
-    std::set<std::string> others;
-    const std::string_view known = knownName(option.code);
-    if (!known.empty() && draft.reading().code(std::string(known)) == option.code)
-        others.insert(std::string(known));
-    for (const Step &step : draft.reading().steps()) {
-        const Statement &statement = *step.statement;
-        if (statement.kind == Statement::Declaration && statement.code == option.code
-            && draft.reading().code(statement.names.front().id) == option.code)
-            others.insert(statement.names.front().id);
-    }
-    others.erase(option.id);
-    if (option.code == 0 || others.empty())
+    const std::set<std::string> others = othersWithCode(draft.reading(), option);
+    if (others.empty())
         return;
     std::string line = "code " + std::to_string(option.code) + " of \"" + name + "\" is also the code of \""
         + *others.begin() + '"';
@@ -360,7 +368,6 @@ void carryOut(Draft &draft, const std::vector<Edit> &edits, std::size_t index)
             throw Error(Error::Command, "cannot request \"" + option.name
                             + "\": neither the client nor the file knows such an option");
         request(draft, requested, option.name);
-        declareInTime(draft, option.name, option.id);
         noteSharedCode(draft, requested, option.name);
         noteSentList(draft);
         break;
@@ -374,8 +381,10 @@ void carryOut(Draft &draft, const std::vector<Edit> &edits, std::size_t index)
         noteSharedCode(draft, {option.id, option.code}, option.name);
         break;
     case Command::DelNewOption:
-        if (!isDeclaredLater) // which changes the declaration that there is
+        if (!isDeclaredLater)
             undeclare(draft, option);
+        else if (othersWithCode(draft.reading(), {option.id, option.code}).empty())
+            nameNumbers(draft, {option.id, option.code}, option.name); // the declaration changes in place
         break;
     }
 }
@@ -399,6 +408,8 @@ Result edit(std::string_view text, const std::vector<Command> &commands, const R
         throw Error(Error::File, faults.front().reason, faults.front().line);
     for (std::size_t i = 0; i < edits.size(); ++i)
         carryOut(draft, edits, i);
+    for (const Edit &edit : edits)
+        declareInTime(draft, edit.option.name, edit.option.id);
     if (!draft.reading().faults().empty())
         throw Error(Error::Command, draft.reading().faults().front().reason);
     for (const std::string &path : draft.reading().missing())
