@@ -1,42 +1,40 @@
 #ifndef REALCLIENT_H
 #define REALCLIENT_H
 
-#include <QByteArray>
-#include <QList>
-#include <QSet>
-#include <QStringList>
-#include <QTemporaryDir>
+#include "posix.h"
 
-/// The DHCP client of this machine, run from a copy under another path, where its AppArmor profile does not
-/// hold, and in a network namespace of its own where rights allow. No address is taken and no hook is run.
+#include <map>
+#include <string>
+#include <vector>
+
+/// The DHCP client of this machine, run from a copy under another path, where its AppArmor profile does not hold, on
+/// interfaces that only the calling process sees. No address is taken and no script is run.
 class RealClient
 {
 public:
+    struct Heard
+    {
+        std::string complaints; ///< about lines of the configuration and of what it includes
+        /// The parameter request list of the first packet on each interface: eth0, eth1, wlan0. Nothing where the
+        /// client ended before it sent.
+        std::map<std::string, std::vector<int>> requested;
+    };
+
+    /// Takes the process into a network namespace of its own, for good.
     RealClient();
+    ~RealClient();
+    RealClient(const RealClient &) = delete;
+    RealClient &operator=(const RealClient &) = delete;
 
-    bool isInstalled() const { return !m_program.isEmpty(); }
-    /// Words that the client's program contains and that could be names of options, tails of longer words
-    /// included: the linker lets a string share the end of another.
-    QSet<QString> words() const;
+    const std::string directory; ///< for the configuration and what it includes; goes with the object
+    std::string obstacle;        ///< why the client can't be run here; empty if it can
 
-    /// What the client says about a configuration when it reads it. The configuration is not used.
-    QByteArray complaints(const QByteArray &configuration) const;
-    /// Those of the names that the client accepts in a request without a declaration.
-    QSet<QString> known(const QSet<QString> &names) const;
-
-    /// Codes in the parameter request list of the first packet that the client sends under the configuration.
-    /// Empty, with the reason, when it could not be seen.
-    QList<int> requestedCodes(const QByteArray &configuration, QString &reason) const;
+    /// Runs the client under a configuration until it has sent a packet on each interface. Throws std::runtime_error
+    /// if it neither does so nor ends.
+    Heard run(const std::string &configuration) const;
 
 private:
-    Q_DISABLE_COPY(RealClient)
-
-    QStringList arguments(const QByteArray &configuration, const QString &interface) const;
-    bool makeInterfaces(QString &reason) const;
-
-    QTemporaryDir m_directory;
-    QString m_program;
-    bool m_ownNetwork = false;
+    Posix::Descriptor wire;
 };
 
 #endif

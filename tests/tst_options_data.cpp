@@ -1,66 +1,36 @@
-// Holds the option definitions that the program is shipped with against its own reader and, where it is
-// installed, against the DHCP client.
+// Holds the option definitions that the program is shipped with against its own reader, the edit tool and the DHCP
+// client.
 
 #include "dhcpoption.h"
 #include "realclient.h"
 #include "trial.h"
 
 #include <QDir>
+#include <QProcess>
 #include <QRegularExpression>
 #include <QTest>
 
 #include <memory>
-#include <vector>
 
 namespace {
 
-QStringList files()
-{
-    const QDir directory(QStringLiteral(OPTIONS_DIRECTORY));
-    return directory.entryList({QStringLiteral("*.xml")}, QDir::Files, QDir::Name);
-}
-
-std::unique_ptr<DhcpOption> read(const QString &file)
-{
-    return std::make_unique<DhcpOption>(QStringLiteral(OPTIONS_DIRECTORY "/") + file, nullptr);
-}
-
-/// The types of dhcp-options(5) under which a custom option can be declared. The reader lets more words pass.
-bool isDeclarable(const QString &type)
-{
-    static const QRegularExpression declarable(QStringLiteral(
-        "^((array of )?(boolean|((un)?signed )?integer (8|16|32)|ip-address)|text|string|domain-list)$"));
-    return declarable.match(type).hasMatch();
-}
-
-/// A value as a person reads it, written as the client's configuration wants it.
+/// A value as a person reads it, written as the client's configuration wants it; empty for a record.
 QString literal(const QString &type, const QString &value)
 {
     static const QRegularExpression octets(QStringLiteral("^[0-9a-f]{1,2}(:[0-9a-f]{1,2})+$"));
-    const QString arrayOf = QStringLiteral("array of ");
-    const bool isArray = type.startsWith(arrayOf);
-    const QString element = isArray ? type.mid(arrayOf.size()) : type;
-    if (element.startsWith(QLatin1Char('{'))) {
-        const QStringList types = element.mid(1, element.size() - 2).split(QLatin1Char(','));
-        const QStringList values = value.split(QLatin1Char(' '));
-        QStringList written;
-        for (int i = 0; i < values.size(); ++i) {
-            const int field = i % types.size();
-            if (field == 0 && i > 0)
-                written << QStringLiteral(",");
-            written << literal(types.at(field).trimmed(), values.at(i));
-        }
-        return written.join(QLatin1Char(' '));
-    }
-    if (isArray || type == QLatin1String("domain-list")) {
-        QStringList written;
-        for (const QString &single : value.split(QLatin1Char(' ')))
-            written << (isArray ? single : QLatin1Char('"') % single % QLatin1Char('"'));
-        return written.join(QStringLiteral(", "));
-    }
-    const bool isText = type == QLatin1String("text")
-                        || (type == QLatin1String("string") && !octets.match(value).hasMatch());
-    return isText ? QLatin1Char('"') % value % QLatin1Char('"') : value;
+    if (type.contains(QLatin1Char('{')))
+        return QString();
+    if (type == QLatin1String("domain-list"))
+        return QLatin1Char('"') % QString(value).replace(QLatin1Char(' '), QLatin1String("\", \"")) % QLatin1Char('"');
+    if (type == QLatin1String("text") || (type == QLatin1String("string") && !octets.match(value).hasMatch()))
+        return QLatin1Char('"') % value % QLatin1Char('"');
+    return type.startsWith(QLatin1String("array")) ? QString(value).replace(QLatin1Char(' '), QLatin1Char(',')) : value;
+}
+
+RealClient::Heard underClient(const RealClient &client, const std::string &configuration)
+{
+    Posix::replaceFile(client.directory + "/conf", configuration, Posix::Replacement::Cached);
+    return client.run(client.directory + "/conf");
 }
 
 } // namespace
@@ -72,78 +42,58 @@ class TestOptionsData : public QObject
 private slots:
     void initTestCase()
     {
-        const QStringList all = files();
-        QVERIFY(!all.isEmpty());
-        for (const QString &file : all) {
-            const CapturedErrors errors;
+        const QDir directory(QStringLiteral(OPTIONS_DIRECTORY));
+        files = directory.entryList({QStringLiteral("*.xml")}, QDir::Files, QDir::Name);
+        QVERIFY(!files.isEmpty());
+        const CapturedErrors errors;
+        for (const QString &file : qAsConst(files)) {
             try {
-                m_options.push_back(read(file));
+                options.push_back(std::make_unique<DhcpOption>(directory.filePath(file), nullptr));
             } catch (DhcpOption::ExceptionType) {
                 QFAIL(qPrintable(errors.text()));
             }
-            if (!errors.text().isEmpty())
-                QFAIL(qPrintable(file + QStringLiteral(": ") + errors.text()));
         }
+        QCOMPARE(errors.text(), QString());
     }
 
-    void definition_data()
+    void definitions()
     {
-        QTest::addColumn<int>("index");
-        const QStringList all = files();
-        for (int i = 0; i < all.size(); ++i)
-            QTest::newRow(qPrintable(all.at(i))) << i;
-    }
-
-    void definition()
-    {
-        QFETCH(int, index);
-        const DhcpOption &option = *m_options.at(static_cast<size_t>(index));
-        const QString code = QStringLiteral("%1").arg(option.standardCode, 3, 10, QLatin1Char('0'));
-        const QString fileName = code % QLatin1Char('-') % option.linuxName % QLatin1String(".xml");
-        QCOMPARE(files().at(index), fileName);
-        // The client refuses 0 and 255, and sends anything beyond without its upper bits.
-        QVERIFY(option.standardCode >= 1 && option.standardCode <= 254);
         const QRegularExpression name(QStringLiteral("^[a-z][a-z0-9]*(-[a-z0-9]+)*$"));
-        QVERIFY(name.match(option.linuxName).hasMatch());
-        QVERIFY2(option.linuxPredefined || isDeclarable(option.linuxType), qPrintable(option.linuxType));
-        QVERIFY(!option.linuxPredefined || option.standardOption);
-        QVERIFY(!option.linuxType.isEmpty());
-        QVERIFY(option.windowsName.isEmpty() || option.windowsType != QLatin1String("Unknown"));
-        QVERIFY(option.dhcpClass != AlwaysOff || !option.requestedByDefault);
-        QVERIFY(option.dhcpClass != AlwaysOn || option.requestedByDefault);
-        QVERIFY(!option.example.isEmpty());
-
-        QStringList texts = {option.windowsName, option.windowsType, option.linuxType, option.example};
-        for (const char *language : {"en", "de", "fr", "es"}) {
-            const QString key = QString::fromLatin1(language);
-            QVERIFY2(!option.names.value(key).isEmpty(), language);
-            QVERIFY2(option.descriptions.value(key).endsWith(QLatin1Char('.')), language);
-            texts << option.names.value(key) << option.descriptions.value(key);
-        }
-        QCOMPARE(option.names.size(), 4);
-        QCOMPARE(option.descriptions.size(), 4);
-        for (const QString &text : qAsConst(texts)) {
-            // QString::simplified would also take the no-break spaces that French typography wants.
-            const QRegularExpression stray(QStringLiteral("^ | $|  |[\\t\\r\\n]"));
-            QVERIFY2(!stray.match(text).hasMatch(), qPrintable(text));
-        }
-    }
-
-    void nothingTwice()
-    {
-        QSet<QString> names;
-        QSet<QString> codes;
-        for (const auto &option : m_options) {
-            // The client's names are the same in any case of letters.
-            const QString name = option->linuxName.toLower();
-            QVERIFY2(!names.contains(name), qPrintable(name));
-            names << name;
-            // Once each among the client's own and the declared ones: the client has a name of its own for
-            // 114, but not for what that code means today.
-            const QString code = QString::number(option->standardCode)
-                                 + (option->linuxPredefined ? QString() : QStringLiteral(" declared"));
-            QVERIFY2(!codes.contains(code), qPrintable(code));
-            codes << code;
+        // The types of dhcp-options(5) under which a custom option can be declared. The reader lets more words pass.
+        const QRegularExpression declarable(QStringLiteral(
+            "^((array of )?(boolean|((un)?signed )?integer (8|16|32)|ip-address)|text|string|domain-list)$"));
+        // QString::simplified would also take the no-break spaces that French typography wants.
+        const QRegularExpression stray(QStringLiteral("^ | $|  |[\\t\\r\\n]"));
+        QSet<QPair<uint, bool>> codes; // the client has a name of its own for 114, but not for what that means today
+        for (size_t i = 0; i < options.size(); ++i) {
+            const DhcpOption &option = *options.at(i);
+            const QString code = QStringLiteral("%1").arg(option.standardCode, 3, 10, QLatin1Char('0'));
+            QCOMPARE(files.at(int(i)), code % QLatin1Char('-') % option.linuxName % QLatin1String(".xml"));
+            const QByteArray file = files.at(int(i)).toUtf8();
+            const auto check = [&file](bool holds, const char *what) {
+                if (!holds)
+                    QTest::qFail(QByteArray(file + ": " + what).constData(), __FILE__, __LINE__);
+            };
+            // The client refuses 0 and 255, and sends anything beyond without its upper bits.
+            check(option.standardCode >= 1 && option.standardCode <= 254, "code");
+            check(!codes.contains({option.standardCode, option.linuxPredefined}), "code is used twice");
+            codes << qMakePair(uint(option.standardCode), option.linuxPredefined);
+            check(name.match(option.linuxName).hasMatch(), "linux-name");
+            check(option.linuxPredefined || declarable.match(option.linuxType).hasMatch(), "linux-type");
+            check(!option.linuxPredefined || option.standardOption, "predefined and not standard");
+            check(option.windowsName.isEmpty() || option.windowsType != QLatin1String("Unknown"), "windows-type");
+            check(option.dhcpClass != AlwaysOff || !option.requestedByDefault, "requested and always off");
+            check(option.dhcpClass != AlwaysOn || option.requestedByDefault, "always on and not requested");
+            check(!option.example.isEmpty(), "no example");
+            QStringList texts = {option.windowsName, option.windowsType, option.linuxType, option.example};
+            for (const char *language : {"en", "de", "fr", "es"}) {
+                const QString key = QString::fromLatin1(language);
+                check(!option.names.value(key).isEmpty(), "no name");
+                check(option.descriptions.value(key).endsWith(QLatin1Char('.')), "no description, or no sentence");
+                texts << option.names.value(key) << option.descriptions.value(key);
+            }
+            check(option.names.size() == 4 && option.descriptions.size() == 4, "another language");
+            check(texts.filter(stray).isEmpty(), "stray white space");
         }
     }
 
@@ -151,84 +101,103 @@ private slots:
     void defaults()
     {
         QStringList requested;
-        for (const auto &option : m_options) {
+        for (const auto &option : options) {
             if (option->requestedByDefault)
                 requested << option->linuxName;
         }
         requested.sort();
-        const QString debian = QStringLiteral(
-            "broadcast-address domain-name domain-name-servers domain-search host-name interface-mtu "
-            "netbios-name-servers netbios-scope ntp-servers rfc3442-classless-static-routes routers "
-            "subnet-mask time-offset");
-        QCOMPARE(requested.join(QLatin1Char(' ')), debian);
+        QCOMPARE(requested.join(QLatin1Char(' ')),
+                 QStringLiteral(
+                     "broadcast-address domain-name domain-name-servers domain-search host-name interface-mtu "
+                     "netbios-name-servers netbios-scope ntp-servers rfc3442-classless-static-routes routers "
+                     "subnet-mask time-offset"));
     }
 
+    /// The edit tool knows each predefined option by name and by number.
+    void editor()
+    {
+        QStringList arguments;
+        QByteArray list = "request unknown-254";
+        for (const auto &option : options) {
+            if (!option->linuxPredefined)
+                continue;
+            arguments << QStringLiteral("--del-request") << option->linuxName;
+            list += ", unknown-" + QByteArray::number(option->standardCode);
+        }
+        const QString path = QStringLiteral("/etc/dhcp/dhclient.conf");
+        root.write(path, list + ";\n");
+        QCOMPARE(QProcess::execute(QStringLiteral(TOOL_PATH), arguments), 0);
+        QFile file(root.path(path));
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QCOMPARE(file.readAll(), QByteArray("request unknown-254;\n"));
+    }
+
+    /// The predefined names are all that the client knows: those words in its program that it takes in a request.
     void namesOfClient()
     {
-        if (!m_client.isInstalled())
-            QSKIP("the DHCP client is not installed");
+        const RealClient client;
+        if (!client.obstacle.empty())
+            QSKIP(client.obstacle.c_str());
+        QFile program(QString::fromStdString(client.directory + "/client"));
+        QVERIFY(program.open(QIODevice::ReadOnly));
+        const QString content = QString::fromLatin1(program.readAll());
+        QStringList words;
+        for (const auto &option : options)
+            words << option->linuxName;
+        const QRegularExpression word(QStringLiteral("[a-z0-9-]+(?=\\x00)"));
+        for (auto it = word.globalMatch(content); it.hasNext();) {
+            const QString found = it.next().captured();
+            for (int i = 0; i < found.size() - 1; ++i) // the linker lets a string share the end of another
+                words << found.mid(i);
+        }
+        words.removeDuplicates();
+        std::string configuration;
+        for (const QString &name : qAsConst(words))
+            configuration += "also request " + name.toStdString() + ";\n";
+        const QString said = QString::fromStdString(underClient(client, configuration).complaints);
+        QSet<QString> known(words.begin(), words.end());
+        const QRegularExpression line(QStringLiteral("/conf line (\\d+): "));
+        for (auto it = line.globalMatch(said); it.hasNext();)
+            known.remove(words.at(it.next().captured(1).toInt() - 1));
         QSet<QString> predefined;
-        QSet<QString> names = m_client.words();
-        for (const auto &option : m_options) {
-            names << option->linuxName;
+        for (const auto &option : options) {
             if (option->linuxPredefined)
                 predefined << option->linuxName;
         }
-        QStringList known = m_client.known(names).values();
-        // The client makes these up for any number.
-        known = known.filter(QRegularExpression(QStringLiteral("^(?!unknown-\\d+$)")));
-        known.sort();
-        QStringList defined = predefined.values();
-        defined.sort();
-        QCOMPARE(known, defined);
+        QCOMPARE(known, predefined);
     }
 
-    void declarationsAndExamples()
-    {
-        if (!m_client.isInstalled())
-            QSKIP("the DHCP client is not installed");
-        QVERIFY(!m_client.complaints("supersede subnet-mask \"a\";\n").isEmpty());
-        QByteArray configuration = declarations();
-        for (const auto &option : m_options)
-            configuration += "supersede " + option->linuxName.toUtf8() + ' '
-                             + literal(option->linuxType, option->example).toUtf8() + ";\n";
-        QCOMPARE(QString::fromUtf8(m_client.complaints(configuration)), QString());
-    }
-
+    /// The client takes the declarations and the examples, and sends the codes.
     void codesOnTheWire()
     {
-        if (!m_client.isInstalled())
-            QSKIP("the DHCP client is not installed");
-        QStringList names;
-        QList<int> codes;
-        for (const auto &option : m_options) {
-            names << option->linuxName;
-            codes << static_cast<int>(option->standardCode);
+        const RealClient client;
+        if (!client.obstacle.empty())
+            QSKIP(client.obstacle.c_str());
+        QVERIFY(!underClient(client, "supersede subnet-mask \"a\";\n").complaints.empty());
+        QString declarations, examples, list;
+        std::vector<int> codes;
+        for (const auto &option : options) {
+            if (!option->linuxPredefined)
+                declarations += QStringLiteral("option %1 code %2 = %3;\n")
+                                    .arg(option->linuxName)
+                                    .arg(option->standardCode)
+                                    .arg(option->linuxType);
+            const QString example = literal(option->linuxType, option->example);
+            if (!example.isEmpty())
+                examples += QStringLiteral("supersede %1 %2;\n").arg(option->linuxName, example);
+            list += (list.isEmpty() ? QLatin1String("request ") : QLatin1String(", ")) % option->linuxName;
+            codes.push_back(int(option->standardCode));
         }
-        QString reason;
-        const QList<int> sent = m_client.requestedCodes(
-            declarations() + "request " + names.join(QStringLiteral(", ")).toLatin1() + ";\n", reason);
-        if (!reason.isEmpty())
-            QSKIP(qPrintable(reason));
-        QCOMPARE(sent, codes);
+        list += QLatin1Char(';');
+        const auto heard = underClient(client, QString(declarations % examples % list).toStdString());
+        QCOMPARE(heard.complaints, std::string());
+        QCOMPARE(heard.requested.at("eth0"), codes);
     }
 
 private:
-    QByteArray declarations() const
-    {
-        QByteArray text;
-        for (const auto &option : m_options) {
-            if (!option->linuxPredefined)
-                text += "option " + option->linuxName.toLatin1() + " code "
-                        + QByteArray::number(option->standardCode) + " = " + option->linuxType.toLatin1()
-                        + ";\n";
-        }
-        return text;
-    }
-
-    TrialRoot m_root; // so that no value and no stored code of the machine is read
-    std::vector<std::unique_ptr<DhcpOption>> m_options;
-    RealClient m_client;
+    TrialRoot root; // so that no value and no stored code of the machine is read
+    QStringList files;
+    std::vector<std::unique_ptr<DhcpOption>> options;
 };
 
 QTEST_GUILESS_MAIN(TestOptionsData)
