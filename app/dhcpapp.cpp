@@ -35,7 +35,7 @@ DhcpApp::DhcpApp(bool updateMode, bool showAll, QObject *parent)
 {
     loadDefinitions();
     window = new MainWindow(options, updateMode);
-    // Sorting leaves half a kilobyte of freed memory behind for each option.
+    // Sorting frees half a kilobyte for each option, which the C library would keep.
     ::malloc_trim(0);
     if (updateMode)
         return;
@@ -47,8 +47,8 @@ DhcpApp::DhcpApp(bool updateMode, bool showAll, QObject *parent)
 DhcpApp::~DhcpApp()
 {
     window->deleteLater();
-    // The records stay until the process ends: the window points at them, and a tool that is still at work on one of
-    // them would be killed with it.
+    // The records stay until the process ends: the window points at them, and a tool that still runs for one of them
+    // would be killed with it.
     options.clear();
 }
 

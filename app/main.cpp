@@ -25,8 +25,8 @@ void installSighupHandler()
 
 int main(int argc, char **argv)
 {
-    // Found out before there is an application object: that one connects to the display, of which an update run has
-    // no need and may have none.
+    // Checked before the application object exists: it connects to the display, which an update run does not need and
+    // may not have.
     const bool updateMode = std::any_of(argv + 1, argv + std::max(argc, 1), [](std::string_view argument) {
         return argument == "--update" || argument == "--apply";
     });
@@ -35,13 +35,13 @@ int main(int argc, char **argv)
     application.exitIfRunning();
     const bool showAll = QCoreApplication::arguments().mid(1).contains(QLatin1String("--show-all"));
 
-    // Whoever holds the registry will be done some day, and nobody waits at a screen.
+    // Whoever locks the registry will release it at some point, and nobody is waiting at a screen.
     if (updateMode)
         VorkanClient::setPatience(std::chrono::minutes(1));
     DhcpApp app(updateMode, showAll);
     installSighupHandler();
     if (app.isUpdateRun()) {
-        // Defaults must not take the place of choices that could not be read.
+        // Defaults must not replace choices that could not be read.
         if (VorkanClient::isReadable())
             app.mainWindow()->apply();
         return 0;

@@ -9,8 +9,8 @@ int sighupSockets[2] = {0, 0};
 
 bool makeSighupSockets()
 {
-    // Into an array of its own: the kernel leaves numbers behind even when it fails. The programs that are started
-    // from here have no business with them.
+    // Into a separate array, which the kernel may fill even when it fails. Programs that are started from here do not
+    // inherit the sockets.
     int sockets[2];
     if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, sockets) != 0)
         return false;
@@ -25,7 +25,7 @@ void sighupHandler(int /*signalNumber*/)
         return;
     const int savedErrno = errno;
     const char byte = 1;
-    // The event loop reads on this very thread: a write that waited for room in the socket, after some hundreds
+    // The event loop reads on this same thread: a write that waits for room in the socket, after some hundreds
     // of signals during a long apply, would wait for ever.
     ::send(sighupSockets[0], &byte, 1, MSG_DONTWAIT | MSG_NOSIGNAL);
     errno = savedErrno;

@@ -79,12 +79,12 @@ inline void fill(QTableWidget &table)
     }
 }
 
-/// A plain cell that looks like another, whether that one stores its looks or works them out.
+/// A plain cell that looks like another one, which may compute what it shows.
 inline QTableWidgetItem *plainCell(const QTableWidgetItem &from)
 {
     auto *cell = new QTableWidgetItem;
-    for (const int role : {Qt::DisplayRole, Qt::DecorationRole, Qt::FontRole, Qt::TextAlignmentRole,
-                           Qt::CheckStateRole, Qt::ToolTipRole}) {
+    for (const int role : {Qt::DisplayRole, Qt::DecorationRole, Qt::FontRole, Qt::TextAlignmentRole, Qt::CheckStateRole,
+                           Qt::ToolTipRole}) {
         const QVariant value = from.data(role);
         if (value.isValid())
             cell->setData(role, value);
@@ -110,8 +110,7 @@ inline void copyTable(const QTableWidget &from, QTableWidget &to)
     to.setUpdatesEnabled(true);
     to.verticalHeader()->hide();
     to.setSortingEnabled(true);
-    to.sortByColumn(from.horizontalHeader()->sortIndicatorSection(),
-                    from.horizontalHeader()->sortIndicatorOrder());
+    to.sortByColumn(from.horizontalHeader()->sortIndicatorSection(), from.horizontalHeader()->sortIndicatorOrder());
     to.resizeColumnsToContents();
     to.resize(from.size());
 }

@@ -1,5 +1,5 @@
-// Refreshes the values of the shown window's table, and writes the same values into an equal plain table,
-// whichever column is sorted and whether all values have changed or one in ten. Usage: refresh ROUNDS
+// Refreshes the values of the shown window's table, and writes the same values into an equal plain table: sorted by
+// each column in both orders, with all values changed or one in ten. Usage: refresh ROUNDS
 // Prints column, order, percent changed, milliseconds of ours and of the plain table, one line per round.
 // Ends with a message when a row shows an old value, or is hidden or shown where its option is not.
 
@@ -25,20 +25,19 @@ public:
     explicit Values(const QTableWidget &table)
     {
         for (int row = 0; row < table.rowCount(); ++row) {
-            m_keys.append(table.item(row, KeyColumn)->text());
-            m_hidden.insert(m_keys.last(), table.isRowHidden(row));
+            keys.append(table.item(row, KeyColumn)->text());
+            hidden.insert(keys.last(), table.isRowHidden(row));
         }
     }
 
     /// Gives every `step`-th option another value.
     void change(int step)
     {
-        ++m_generation;
-        for (int i = m_generation % step; i < m_keys.size(); i += step) {
-            const QString &key = m_keys.at(i);
-            const QString value = QStringLiteral("192.0.2.%1 %2").arg((i * 7919 + m_generation) % 251)
-                                      .arg(m_generation);
-            m_values.insert(key, value);
+        ++generation;
+        for (int i = generation % step; i < keys.size(); i += step) {
+            const QString &key = keys.at(i);
+            const QString value = QStringLiteral("192.0.2.%1 %2").arg((i * 7919 + generation) % 251).arg(generation);
+            values.insert(key, value);
             QFile file(valuePath(key));
             const QByteArray line = "new_" + key.toUtf8().replace('-', '_') + "='" + value.toUtf8() + "'\n";
             if (!file.open(QIODevice::WriteOnly) || file.write(line) != line.size())
@@ -50,18 +49,18 @@ public:
     {
         for (int row = 0; row < table.rowCount(); ++row) {
             const QString key = table.item(row, KeyColumn)->text();
-            if (table.item(row, ValueColumn)->text() != m_values.value(key))
+            if (table.item(row, ValueColumn)->text() != values.value(key))
                 qFatal("%s: %s has an old value", whose, qUtf8Printable(key));
-            if (table.isRowHidden(row) != m_hidden.value(key))
+            if (table.isRowHidden(row) != hidden.value(key))
                 qFatal("%s: %s was hidden or shown", whose, qUtf8Printable(key));
         }
     }
 
 private:
-    QStringList m_keys;
-    QHash<QString, QString> m_values;
-    QHash<QString, bool> m_hidden;
-    int m_generation = 0;
+    QStringList keys;
+    QHash<QString, QString> values;
+    QHash<QString, bool> hidden;
+    int generation = 0;
 };
 
 QString readValue(const QString &key)
@@ -77,7 +76,7 @@ QString readValue(const QString &key)
 }
 
 /// The best way found. setText() on a cell that has been sorted searches the whole table for it, so the cell
-/// is taken out and put in anew; without the model's signals, since the whole table is painted afterwards.
+/// is taken out and put back; without the model's signals, since the whole table is painted afterwards.
 void refreshPlain(QTableWidget &table)
 {
     const bool isSortColumn = table.horizontalHeader()->sortIndicatorSection() == ValueColumn;

@@ -128,7 +128,7 @@ bool ConfigParser::endElement(const QString & /*namespaceUri*/, const QString &l
                               const QString & /*qualifiedName*/)
 {
     --depth;
-    // Records live as long as the program; the room that collecting left behind the text would too.
+    // Records live as long as the program; so would the spare capacity that collecting leaves in the text.
     elementText.squeeze();
     const QString value = elementText;
     elementText.clear();

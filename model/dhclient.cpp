@@ -32,9 +32,9 @@ bool Dhclient::mayEdit()
 
 void Dhclient::edit(const QStringList &commands, QObject *owner)
 {
-    // No subclass of QProcess: for one, Qt takes a slower way to fork (it might do something in the child).
+    // Not a subclass of QProcess: Qt forks more slowly for those, which might do something in the child.
     auto *process = new QProcess(owner);
-    // Nobody reads what the tool says, and one that outlives this process must not die of a closed pipe.
+    // Nobody reads the tool's output, and a tool that outlives this process must not die of a closed pipe.
     process->setStandardOutputFile(QProcess::nullDevice());
     process->setStandardErrorFile(QProcess::nullDevice());
     process->start(Paths::resolved(ToolPath), commands, QIODevice::ReadWrite);

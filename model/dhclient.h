@@ -12,10 +12,10 @@ namespace Dhclient {
 bool mayEdit();
 
 /// Runs the edit tool and waits for its end, 2 s at most. The process object, a child of `owner`, is handed to
-/// deferred deletion: a tool that is still at work then is killed, and goes on where no event loop runs any more.
+/// deferred deletion: a tool that still runs then is killed. Without an event loop it goes on.
 void edit(const QStringList &commands, QObject *owner);
 
-/// Starts the client, detached; it reads the configuration as it then is.
+/// Starts the client, detached. It reads the configuration as it is then.
 void start();
 
 } // namespace Dhclient

@@ -5,8 +5,8 @@
 enum DhcpClass_t {
     Normal = 0,   ///< the user
     Managed = 1,  ///< another control panel
-    AlwaysOn = 2, ///< nobody: it is always requested
-    AlwaysOff = 3 ///< nobody: it is never requested
+    AlwaysOn = 2, ///< fixed: always requested
+    AlwaysOff = 3 ///< fixed: never requested
 };
 
 #endif

@@ -18,7 +18,7 @@ class DhcpOption : public QObject
 public:
     enum ExceptionType {
         FileNotReadable = 1, ///< the file cannot be opened
-        FileParseFailed = 2  ///< it is no well-formed definition, or lacks something; reported on standard error
+        FileParseFailed = 2  ///< not well-formed or incomplete; reported on standard error
     };
 
     /// Reads the definition, the stored code and the current value. Throws an ExceptionType by value. With an
@@ -38,7 +38,7 @@ public:
     /// Reads again the value that the client last received.
     void readCurrentValue();
 
-    /// Brings the requested state and the code in effect to the client's configuration. Waits for the edit tool
+    /// Applies the requested state and the code in effect to the client's configuration. Waits for the edit tool
     /// for 2 s at most; whether it succeeded is not reported. True when a stored code was written to the registry:
     /// the caller owes a commit. Options of the other classes than Normal and AlwaysOn are left alone.
     bool applyToClient(bool requested);

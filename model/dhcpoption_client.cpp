@@ -1,4 +1,4 @@
-// Bringing the option to the DHCP client's configuration.
+// Applying the option to the DHCP client's configuration.
 
 #include "dhcpoption.h"
 
@@ -17,7 +17,7 @@ bool DhcpOption::applyToClient(bool requested)
     QStringList arguments;
     bool storedCodeWritten = false;
     if (!linuxPredefined) {
-        // The code may stand in the client's configuration as the definition had it, or as last applied.
+        // The client's configuration may have the definition's code, or the one that was applied last.
         if (code != standardCode)
             arguments << deleteNewOption << newOptionSpec(standardCode);
         if (appliedCode != code)

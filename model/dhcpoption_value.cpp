@@ -22,7 +22,7 @@ namespace {
 constexpr char FirstVariableDirectory[] = "/var/lib/dhcp3/vars/eth0";
 constexpr char SecondVariableDirectory[] = "/var/lib/dhcp3/vars/eth1";
 
-/// No DHCP message is longer, however its values are written; whatever is, is read so far.
+/// No DHCP message is longer, however its values are written. Longer files are read up to here.
 constexpr int MaximumSize = 64 * 1024;
 
 QByteArray readStart(int file)
@@ -45,13 +45,13 @@ QByteArray readVariableFile(const QString &linuxName)
     for (const char *fixedPath : {FirstVariableDirectory, SecondVariableDirectory}) {
         const std::string directory = Paths::resolve(fixedPath) + '/';
         for (const QByteArray &candidate : {dashedName, name}) {
-            // To open is to ask whether it is readable, at half the price of asking first. It does not wait for the
-            // other end of a pipe.
+            // Opening shows whether it is readable, at half the cost of asking first. It does not wait for the other
+            // end of a pipe.
             const std::string path = directory + candidate.constData();
             const Posix::Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
             if (file)
                 return readStart(file.get());
-            // Anything else is readable, and cannot be opened all the same.
+            // With any other error the file is readable, but cannot be opened.
             if (errno != ENOENT && errno != ENOTDIR && errno != EACCES && errno != ELOOP && errno != ENAMETOOLONG)
                 return {};
             if (dashedName == name)

@@ -1,4 +1,4 @@
-// The closed vocabularies of the option-definition files. Words are compared whole and without regard to case;
+// The closed vocabularies of the option-definition files. Words are compared whole, ignoring case;
 // nothing is trimmed.
 
 #include "configparser.h"

@@ -3,8 +3,8 @@
 
 #include <QString>
 
-/// Whether the text is the word, the case of letters aside: the comparison of every name and vocabulary word of
-/// the definition format.
+/// Whether the text is the word, ignoring case: how every name and vocabulary word of the definition format is
+/// compared.
 inline bool isWord(const QString &text, const char *word)
 {
     // Folding case changes no length, and most words already differ in theirs.

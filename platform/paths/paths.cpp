@@ -41,10 +41,10 @@ bool Paths::isWritable(const std::string &path)
 {
     if (!isPermitted(path, W_OK) && errno != ENOENT)
         return false;
-    std::string folder = path;
+    std::string directory = path;
     do {
-        const std::string::size_type slash = folder.find_last_of('/');
-        folder = slash == std::string::npos ? "." : folder.substr(0, std::max(slash, std::string::size_type{1}));
-    } while (folder != "/" && folder != "." && !isPermitted(folder, F_OK) && errno == ENOENT);
-    return isPermitted(folder, W_OK | X_OK);
+        const std::string::size_type slash = directory.find_last_of('/');
+        directory = slash == std::string::npos ? "." : directory.substr(0, std::max(slash, std::string::size_type{1}));
+    } while (directory != "/" && directory != "." && !isPermitted(directory, F_OK) && errno == ENOENT);
+    return isPermitted(directory, W_OK | X_OK);
 }

@@ -8,8 +8,8 @@ namespace Sqlite {
 
 Database::Database(const std::string &path, std::chrono::milliseconds patience) : handle(nullptr, sqlite3_close)
 {
-    // Without the CREATE flag: whoever only reads must not leave an empty file behind. SQLite itself falls back
-    // to reading where the file may not be written.
+    // Without the CREATE flag: a reader must not create an empty file. SQLite itself falls back to read-only access if
+    // the file cannot be written.
     sqlite3 *opened = nullptr;
     const int result = sqlite3_open_v2(path.c_str(), &opened, SQLITE_OPEN_READWRITE, nullptr);
     handle.reset(opened);
@@ -20,7 +20,7 @@ Database::Database(const std::string &path, std::chrono::milliseconds patience) 
 
 void Database::fail() const
 {
-    // Without a handle SQLite found no memory for it; its functions take that.
+    // SQLite gives no handle when it is out of memory; its functions accept that.
     const int code = sqlite3_errcode(handle.get());
     const int systemError = handle ? sqlite3_system_errno(handle.get()) : 0;
     // "unable to open database file" alone does not say why.

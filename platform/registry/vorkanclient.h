@@ -5,7 +5,7 @@
 
 /// A client of the configuration registry, made for one group of calls and dropped after it.
 ///
-/// A client costs next to nothing: one connection per process stands behind all of them. What create() and set() change
+/// A client costs next to nothing: all of them share one connection per process. What create() and set() change
 /// is pending in the process, visible to later reads through any client, until commit() writes it. A registry
 /// that cannot be read is named once on standard error and counts as empty from then on; nothing is written to
 /// it. Use on one thread only.
