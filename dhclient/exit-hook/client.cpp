@@ -1,126 +1,76 @@
 #include "client.h"
 
-#include "files.h"
 #include "paths.h"
 #include "procfs.h"
 
-#include <fcntl.h>
 #include <signal.h>
 
 #include <algorithm>
-#include <charconv>
 #include <cstdlib>
+#include <filesystem>
+#include <string_view>
 
 namespace {
 
-constexpr int StateField = 3;
-constexpr int ParentField = 4;
-constexpr int StartTimeField = 22;
+using std::string_view_literals::operator""sv;
 
-template<typename Number>
-Number number(std::string_view text)
+/// Whether the program started it. What it found on the search path became the client's own name.
+bool isOurs(pid_t pid)
 {
-    Number value = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    return error == std::errc() && end == text.data() + text.size() ? value : 0;
-}
-
-/// Clock ticks from the boot to the process's start; 0 when it has ended.
-unsigned long long startTime(pid_t pid)
-{
-    const std::string state = Procfs::stat(pid, StateField);
-    if (state.empty() || state == "Z" || state == "X") // ended, only not yet waited for
-        return 0;
-    return number<unsigned long long>(Procfs::stat(pid, StartTimeField));
-}
-
-/// The arguments as the program starts the client. It finds the client on the search path and hands on the
-/// path that it found as the client's own name.
-bool isOurCommandLine(const std::string &arguments)
-{
-    using std::string_view_literals::operator""sv;
-    constexpr std::string_view Exact = "dhclient\0-1\0"sv;
-    const std::size_t nameEnd = arguments.find('\0');
-    if (nameEnd == std::string::npos || nameEnd == 0)
+    const std::string arguments = Procfs::read(pid, "cmdline");
+    std::string_view name = arguments;
+    name = name.substr(0, name.find('\0'));
+    if (std::string_view(arguments).substr(name.size()) != "\0-1\0"sv)
         return false;
-    const std::size_t slash = arguments.rfind('/', nameEnd);
-    return std::string_view(arguments).substr(slash == std::string::npos ? 0 : slash + 1) == Exact;
+    name.remove_prefix(name.rfind('/') + 1); // npos + 1 is 0
+    return name == "dhclient";
 }
 
-bool isOfOurTrial(pid_t pid)
+bool hasOurRoot(pid_t pid)
 {
     if (!Paths::hasRoot())
         return true;
     const std::string variable = std::string("KIRO_DHCP_MGR_ROOT=") + std::getenv("KIRO_DHCP_MGR_ROOT");
-    return (std::string(1, '\0') + Procfs::read(pid, "environ")).find('\0' + variable + '\0')
-        != std::string::npos;
+    return ('\0' + Procfs::read(pid, "environ")).find('\0' + variable + '\0') != std::string::npos;
 }
 
 } // namespace
 
-Client Client::running(pid_t pid)
+Client::Client(pid_t pid) : pid(pid)
 {
-    Client client;
-    const unsigned long long start = pid > 1 && Procfs::isOurs() ? startTime(pid) : 0;
-    if (start == 0)
-        return client;
-    std::string boot = Files::read("/proc/sys/kernel/random/boot_id");
-    boot.erase(std::remove(boot.begin(), boot.end(), '\n'), boot.end());
-    client.m_pid = pid;
-    client.m_identity = std::to_string(pid) + "," + std::to_string(start) + "," + boot + ","
-        + Files::linkTarget("/proc/self/ns/pid");
-    return client;
+    const Procfs::Stat stat = Procfs::stat(pid);
+    parent = stat.parent;
+    startTime = stat.startTime;
 }
 
 Client Client::fromString(const std::string &text)
 {
-    Client client;
-    client.m_pid = number<pid_t>(std::string_view(text).substr(0, text.find(',')));
-    if (client.m_pid > 1)
-        client.m_identity = text;
-    return client;
+    const Client client(Procfs::parsePid(std::string_view(text).substr(0, text.find(','))));
+    return client.toString() == text ? client : Client();
 }
 
-bool Client::isAlive() const
+std::string Client::toString() const
 {
-    return !isNobody() && running(m_pid) == *this;
+    return isNobody() ? "-" : std::to_string(pid) + ',' + std::to_string(startTime) + ',' + Procfs::bootId();
 }
 
 bool Client::isInOurNetwork() const
 {
-    return Procfs::sharesNamespace(m_pid, "net");
-}
-
-bool Client::descendsFrom(pid_t ancestor) const
-{
-    pid_t pid = m_pid;
-    for (int generation = 0; pid > 1 && generation < 64; ++generation) {
-        if (pid == ancestor)
-            return true;
-        pid = number<pid_t>(Procfs::stat(pid, ParentField));
-    }
-    return false;
-}
-
-bool Client::isEarlier(pid_t other, const std::vector<Client> &spared) const
-{
-    // Until it has bound, a client has a parent with the same arguments that waits for it.
-    const unsigned long long start = startTime(other);
-    return start > 0 && start <= startTime(m_pid) && !descendsFrom(other)
-        && std::find(spared.begin(), spared.end(), running(other)) == spared.end()
-        && isOurCommandLine(Procfs::read(other, "cmdline")) && Procfs::isOfOurUser(other)
-        && Procfs::sharesNamespace(other, "net") && Procfs::sharesNamespace(other, "pid")
-        && isOfOurTrial(other);
+    return Procfs::sharesNamespace(pid, "net");
 }
 
 void Client::endEarlierOnes(const std::vector<Client> &spared) const
 {
-    if (!isAlive())
-        return;
-    const Descriptor folder(::open("/proc", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    for (const std::string &name : Files::names(folder.get())) {
-        const auto pid = number<pid_t>(name);
-        if (pid > 1 && isOurCommandLine(Procfs::read(pid, "cmdline")))
-            Procfs::signalIf(pid, SIGKILL, [&] { return isEarlier(pid, spared); });
+    const auto isEarlier = [&](const Client &other) {
+        // Until a client has bound, its parent waits for it and has the same arguments.
+        return isOurs(other.pid) && other != *this && other.startTime <= startTime && other.pid != parent
+               && std::find(spared.begin(), spared.end(), other) == spared.end()
+               && Procfs::sharesNamespace(other.pid, "net") && Procfs::sharesNamespace(other.pid, "pid")
+               && hasOurRoot(other.pid);
+    };
+    for (const auto &entry : std::filesystem::directory_iterator("/proc")) {
+        const pid_t other = Procfs::parsePid(entry.path().filename().string());
+        if (other != 0)
+            Procfs::signalIf(other, SIGKILL, [&] { return isEarlier(Client(other)); });
     }
 }

@@ -6,37 +6,33 @@
 #include <string>
 #include <vector>
 
-/// One running DHCP client, told apart from every other process of any time that has the same number.
+/// A running DHCP client, told apart from every other process that ever has the same number; or nobody.
 class Client
 {
 public:
     Client() = default;
-    /// The running process of that number; nobody when there is none.
-    static Client running(pid_t pid);
-    /// The reverse of toString(); nobody when it is none.
+    /// Nobody when no such process is running.
+    explicit Client(pid_t pid);
+    /// The reverse of toString(); nobody when the client has ended.
     static Client fromString(const std::string &text);
-
-    bool isNobody() const { return m_identity.empty(); }
-    bool isAlive() const;
-    bool isInOurNetwork() const;
     /// One word; "-" for nobody.
-    std::string toString() const { return isNobody() ? "-" : m_identity; }
-    bool operator==(const Client &other) const { return m_identity == other.m_identity; }
+    std::string toString() const;
+
+    bool isNobody() const { return startTime == 0; }
+    bool isInOurNetwork() const;
+    bool operator==(const Client &other) const { return pid == other.pid && startTime == other.startTime; }
     bool operator!=(const Client &other) const { return !(*this == other); }
 
-    /// Ends the clients that were started as "dhclient -1", not after this one and beside it, and that are
-    /// none of `spared`. Only our own user's, and only in our network and process namespaces; from a trial
-    /// root, only those that run with the same root.
+    /// Ends the clients that were started as "dhclient -1", no later than this one, except those in `spared`. Only
+    /// in our network and process namespaces; with a root prefix, only those that run with the same one.
     ///
-    /// They are killed: at any milder signal the client gives its lease back to the server.
+    /// They are killed: any milder signal makes a client release its lease.
     void endEarlierOnes(const std::vector<Client> &spared) const;
 
 private:
-    bool isEarlier(pid_t other, const std::vector<Client> &spared) const;
-    bool descendsFrom(pid_t ancestor) const;
-
-    pid_t m_pid = 0;
-    std::string m_identity;
+    pid_t pid = 0;
+    pid_t parent = 0;
+    unsigned long long startTime = 0;
 };
 
 #endif

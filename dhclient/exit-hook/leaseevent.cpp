@@ -1,121 +1,96 @@
 #include "leaseevent.h"
 
+#include "posix.h"
+#include "procfs.h"
 #include "showntext.h"
 
 #include <arpa/inet.h>
-#include <ifaddrs.h>
-#include <net/if.h>
+#include <sys/socket.h>
 
 #include <algorithm>
-#include <charconv>
-#include <memory>
+#include <cctype>
+#include <cerrno>
+#include <sstream>
+#include <stdexcept>
+#include <string_view>
 
 namespace {
 
-constexpr std::string_view Prefix = "new_";
-constexpr std::size_t LongestOptionName = 200;
+using Kind = LeaseEvent::Kind;
 
-// These the client sets beside the options, from the fixed part of the message or by its own reckoning.
-constexpr std::string_view NoOptions[]
-    = {"expiry", "filename", "ip_address", "network_number", "next_server", "server_name"};
+constexpr std::pair<std::string_view, Kind> Reasons[] = {{"BOUND", Kind::Bound},    {"REBOOT", Kind::Bound},
+                                                         {"TIMEOUT", Kind::Bound},  {"RENEW", Kind::Renewed},
+                                                         {"REBIND", Kind::Renewed}, {"EXPIRE", Kind::Lost},
+                                                         {"FAIL", Kind::Lost},      {"RELEASE", Kind::Lost},
+                                                         {"STOP", Kind::Lost},      {"V6ONLY", Kind::Lost}};
 
-bool isLetterOrDigit(char character)
+// The client sets these in addition to the options, from the message's fixed part or by its own calculation.
+constexpr std::string_view NotOptions[] = {"expiry",         "filename",    "ip_address",
+                                           "network_number", "next_server", "server_name"};
+
+const std::string Prefix = "new_";
+
+bool isOptionName(const std::string &name)
 {
-    return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z')
-        || (character >= '0' && character <= '9');
+    return !name.empty() && name.size() <= 200 && std::isalnum(static_cast<unsigned char>(name.front()))
+           && std::all_of(name.begin(), name.end(),
+                          [](unsigned char c) { return std::isalnum(c) || c == '_' || c == '-'; })
+           && std::find(std::begin(NotOptions), std::end(NotOptions), name) == std::end(NotOptions);
 }
 
-bool isOptionName(std::string_view name)
+/// Whether no interface has the address. Unknown counts as no.
+bool isMissing(const std::string &address)
 {
-    return !name.empty() && name.size() <= LongestOptionName && isLetterOrDigit(name.front())
-        && std::all_of(name.begin(), name.end(),
-                       [](char c) { return isLetterOrDigit(c) || c == '_' || c == '-'; })
-        && std::find(std::begin(NoOptions), std::end(NoOptions), name) == std::end(NoOptions);
-}
-
-/// Whether the kernel lets an interface have the name, and a record's line can begin with it.
-bool isInterfaceName(std::string_view name)
-{
-    return !name.empty() && name.size() < IF_NAMESIZE && name != "." && name != ".." && name != "#"
-        && std::none_of(name.begin(), name.end(), [](char c) {
-               return c == '/' || static_cast<unsigned char>(c) <= ' ' || c == '\x7F';
-           });
-}
-
-pid_t parsedPid(std::string_view text)
-{
-    pid_t pid = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), pid);
-    return error == std::errc() && end == text.data() + text.size() && pid > 1 ? pid : 0;
-}
-
-/// Whether an existing interface is without the address. Unknown counts as no.
-bool lacksAddress(const std::string &interface, const std::string &address)
-{
-    in_addr wanted = {};
-    ifaddrs *list = nullptr;
-    if (::if_nametoindex(interface.c_str()) == 0 || ::inet_pton(AF_INET, address.c_str(), &wanted) != 1
-        || ::getifaddrs(&list) != 0)
-        return false;
-    const std::unique_ptr<ifaddrs, decltype(&::freeifaddrs)> holder(list, ::freeifaddrs);
-    for (const ifaddrs *entry = list; entry; entry = entry->ifa_next) {
-        if (entry->ifa_addr && entry->ifa_addr->sa_family == AF_INET && interface == entry->ifa_name
-            && reinterpret_cast<const sockaddr_in *>(entry->ifa_addr)->sin_addr.s_addr == wanted.s_addr)
-            return false;
-    }
-    return true;
-}
-
-LeaseEvent::Kind kindOf(std::string_view reason)
-{
-    using Kind = LeaseEvent::Kind;
-    constexpr std::pair<std::string_view, Kind> Reasons[]
-        = {{"BOUND", Kind::Bound},   {"REBOOT", Kind::Bound},   {"TIMEOUT", Kind::Bound},
-           {"RENEW", Kind::Renewed}, {"REBIND", Kind::Renewed}, {"EXPIRE", Kind::Lost},
-           {"FAIL", Kind::Lost},     {"RELEASE", Kind::Lost},   {"STOP", Kind::Lost},
-           {"V6ONLY", Kind::Lost}};
-    for (const auto &[name, kind] : Reasons) {
-        if (name == reason)
-            return kind;
-    }
-    return Kind::Ignored;
+    sockaddr_in local = {};
+    local.sin_family = AF_INET;
+    ::inet_pton(AF_INET, address.c_str(), &local.sin_addr);
+    const Posix::Descriptor socket(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+    return ::bind(socket.get(), reinterpret_cast<const sockaddr *>(&local), sizeof local) != 0
+           && errno == EADDRNOTAVAIL;
 }
 
 } // namespace
 
-LeaseEvent LeaseEvent::fromEnvironment(std::string_view variables)
+LeaseEvent LeaseEvent::fromEnvironment(const std::string &environment)
 {
     LeaseEvent event;
     std::string reason;
     std::string address;
-    while (!variables.empty()) {
-        const std::string_view variable = variables.substr(0, variables.find('\0'));
-        variables.remove_prefix(std::min(variable.size() + 1, variables.size()));
+    std::istringstream variables(environment);
+    for (std::string variable; std::getline(variables, variable, '\0');) {
         const std::size_t equals = variable.find('=');
-        if (equals == std::string_view::npos)
+        if (equals == std::string::npos)
             continue;
-        std::string_view name = variable.substr(0, equals);
-        const std::string_view value = variable.substr(equals + 1);
+        const std::string name = variable.substr(0, equals);
+        const std::string value = variable.substr(equals + 1);
         if (name == "reason") {
             reason = value;
         } else if (name == "interface") {
             event.interface = value;
         } else if (name == "pid") {
-            event.pid = parsedPid(value);
+            event.pid = Procfs::parsePid(value);
         } else if (name == "new_ip_address") {
             address = value;
-        } else if (name.substr(0, Prefix.size()) == Prefix && isOptionName(name.substr(Prefix.size()))) {
-            std::string fileName(name.substr(Prefix.size()));
-            std::replace(fileName.begin(), fileName.end(), '_', '-');
-            event.options.insert_or_assign(std::move(fileName), shownText(value));
+        } else if (name.compare(0, Prefix.size(), Prefix) == 0) {
+            std::string option = name.substr(Prefix.size());
+            if (isOptionName(option)) {
+                std::replace(option.begin(), option.end(), '_', '-');
+                event.options[option] = shownText(value);
+            }
         }
     }
 
-    if (!isInterfaceName(event.interface))
-        return event;
-    event.kind = kindOf(reason);
-    // The script tries a remembered lease, and takes the address away again when no router answers.
-    if (reason == "TIMEOUT" && lacksAddress(event.interface, address))
+    const auto isSpace = [](unsigned char c) { return std::isspace(c); };
+    const auto found = std::find_if(std::begin(Reasons), std::end(Reasons),
+                                    [&](const auto &known) { return known.first == reason; });
+    if (found == std::end(Reasons) || event.interface.empty()
+        || std::any_of(event.interface.begin(), event.interface.end(), isSpace))
+        throw std::runtime_error("the environment of the script holds no event of a DHCP client");
+    event.kind = found->second;
+    // The script tries a remembered lease, and removes the address again when no router answers.
+    if (reason == "TIMEOUT" && isMissing(address))
         event.kind = Kind::Lost;
+    if (event.kind == Kind::Lost)
+        event.options.clear();
     return event;
 }

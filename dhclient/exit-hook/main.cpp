@@ -1,141 +1,103 @@
-// Records what a DHCP client received. Called by the client's exit hook with the process number of the script
-// that sources it; the client's event is in that process's first environment.
+// Records what a DHCP client received. The client's exit hook starts it with the process number of the script that
+// sources the hook; that process's initial environment describes the event.
 
 #include "bindings.h"
-#include "files.h"
 #include "leaseevent.h"
 #include "paths.h"
+#include "posix.h"
 #include "procfs.h"
-#include "valuefolder.h"
-#include "window.h"
+#include "refreshwindow.h"
+#include "report.h"
+#include "valuefiles.h"
 
 #include <fcntl.h>
+#include <signal.h>
 #include <sys/file.h>
-#include <time.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdlib>
-#include <exception>
-#include <iostream>
+#include <stdexcept>
+#include <system_error>
 
 namespace {
 
-constexpr char VariableDirectory[] = "/var/lib/dhcp3/vars";
-
-/// So that no file that is opened later gets one of their numbers.
-void fillStandardDescriptors()
+/// Waits until no other hook works, but not for ever: the client stands still meanwhile. The file is never removed.
+Posix::Descriptor lock(const std::string &path)
 {
-    int descriptor = ::open("/dev/null", O_RDWR);
-    while (descriptor >= 0 && descriptor <= STDERR_FILENO)
-        descriptor = ::open("/dev/null", O_RDWR);
-    if (descriptor >= 0)
-        ::close(descriptor);
-}
-
-LeaseEvent eventOf(const char *script)
-{
-    const std::string variables
-        = Procfs::isOurs() ? Procfs::read(std::atoi(script), "environ") : std::string();
-    if (variables.compare(0, 7, "reason=") == 0
-        || variables.find(std::string("\0reason=", 8)) != std::string::npos)
-        return LeaseEvent::fromEnvironment(variables);
-    // Somebody has sourced the hook in a shell of their own.
-    std::string exported;
-    for (char **variable = environ; *variable; ++variable)
-        exported.append(*variable).push_back('\0');
-    return LeaseEvent::fromEnvironment(exported);
-}
-
-/// The lock under which one hook at a time works. Its file is never removed. Not waited for without end: the
-/// client stands still meanwhile.
-bool lock(int file)
-{
-    constexpr int Attempts = 500;
-    constexpr timespec Pause = {0, 10'000'000};
-    for (int attempt = 0; attempt < Attempts; ++attempt) {
-        if (::flock(file, LOCK_EX | LOCK_NB) == 0)
-            return true;
-        if (errno != EWOULDBLOCK && errno != EINTR)
-            return false;
-        ::nanosleep(&Pause, nullptr);
+    constexpr unsigned Seconds = 300; // many hooks at once take a minute on a busy machine
+    Posix::Descriptor file(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
+    if (!file)
+        Posix::fail("open", path);
+    struct sigaction interrupt = {};
+    interrupt.sa_handler = [](int) {};
+    ::sigaction(SIGALRM, &interrupt, nullptr);
+    ::alarm(Seconds);
+    if (::flock(file.get(), LOCK_EX) != 0) {
+        if (errno == EINTR)
+            errno = ETIMEDOUT;
+        Posix::fail("lock", path);
     }
-    return false;
+    ::alarm(0);
+    return file;
 }
 
 /// False when the event changes nothing.
-bool record(const LeaseEvent &event, const std::string &directory, int descriptor)
+bool record(const LeaseEvent &event, const std::string &directory)
 {
-    Bindings bindings(directory, descriptor);
-    const Client client = Client::running(event.pid);
-    Bindings::Binding *binding = bindings.find(event.interface);
-    if (binding && binding->owner != client && binding->owner.isAlive()) {
-        // One that has ended meanwhile took part in a race and lost it; one in another network has another interface
-        // of the same name.
-        const bool takesOver = event.kind == LeaseEvent::Kind::Bound && client.isAlive()
-            && binding->owner.isInOurNetwork();
-        if (!takesOver)
-            return false;
-    }
+    Bindings bindings(directory + "/.interfaces");
+    Binding &binding = bindings[event.interface];
+    const Client client(event.pid);
+    // Another client's interface is only taken by one that binds it. That client must still run, or it has lost a
+    // race; and the owner must not be in another network, which has another interface of the same name.
+    if (!binding.owner.isNobody() && binding.owner != client
+        && (event.kind != LeaseEvent::Kind::Bound || client.isNobody() || !binding.owner.isInOurNetwork()))
+        return false;
 
     if (event.kind == LeaseEvent::Kind::Lost) {
-        if (binding)
-            binding->isBound = false;
+        binding.owner = Client();
     } else {
-        binding = &bindings.take(event.interface);
-        binding->owner = client;
-        binding->isBound = true;
-    }
-    if (!bindings.save())
-        Files::complain(directory, errno);
-
-    const std::string folder = bindings.folderOf(event.interface);
-    if (!folder.empty()) {
-        if (event.kind == LeaseEvent::Kind::Lost)
-            ValueFolder::clear(folder);
-        else
-            ValueFolder::fill(folder, event.options);
-    }
-    if (event.kind != LeaseEvent::Kind::Lost)
+        binding.owner = client;
+        bindings.assignDirectory(event.interface);
         client.endEarlierOnes(bindings.owners());
-    return !folder.empty();
+    }
+    try {
+        bindings.save();
+    } catch (const std::system_error &error) {
+        report(error.what()); // the values can still be written
+    }
+    if (binding.directory.empty())
+        return false;
+    writeValueFiles(directory + '/' + binding.directory, event.options);
+    return true;
 }
 
-int run(const char *script)
+void run(const char *script)
 {
-    const LeaseEvent event = eventOf(script);
-    if (event.kind == LeaseEvent::Kind::Ignored)
-        return EXIT_SUCCESS;
-
-    const std::string directory = Paths::resolve(VariableDirectory);
-    if (!Files::makeFolders(directory)) {
-        Files::complain(directory, errno);
-        return EXIT_FAILURE;
-    }
-    {
-        const Descriptor folder(::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-        const Descriptor lockFile(
-            ::openat(folder.get(), ".lock", O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
-        if (lockFile.get() < 0 || !lock(lockFile.get())) {
-            Files::complain(directory + "/.lock", errno);
-            return EXIT_FAILURE;
-        }
-        if (!record(event, directory, folder.get()))
-            return EXIT_SUCCESS;
-    }
-    Window::refresh();
-    return EXIT_SUCCESS;
+    if (!Procfs::isOurs())
+        throw std::runtime_error("/proc is not mounted, or shows another process namespace");
+    const auto event = LeaseEvent::fromEnvironment(Procfs::read(Procfs::parsePid(script), "environ"));
+    const std::string directory = Paths::resolve("/var/lib/dhcp3/vars");
+    Posix::makeDirectories(directory);
+    Posix::Descriptor lockFile = lock(directory + "/.lock");
+    if (!record(event, directory))
+        return;
+    lockFile.reset();
+    refreshWindow();
 }
 
 } // namespace
 
 int main(int argc, char *argv[])
 {
-    fillStandardDescriptors();
+    // Or a file that is opened later would get the number of a closed standard error, and the messages.
+    if (::fcntl(STDERR_FILENO, F_GETFD) < 0)
+        ::open("/dev/null", O_WRONLY);
     try {
-        return run(argc > 1 ? argv[1] : "");
-    } catch (const std::exception &exception) {
-        std::cerr << "record-lease: " << exception.what() << std::endl;
+        run(argc > 1 ? argv[1] : "");
+        return EXIT_SUCCESS;
+    } catch (const std::exception &error) {
+        report(error.what());
         return EXIT_FAILURE;
     }
 }

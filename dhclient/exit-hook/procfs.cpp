@@ -1,88 +1,93 @@
 #include "procfs.h"
 
-#include "files.h"
+#include "posix.h"
 
-#include <signal.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#include <cerrno>
+#include <charconv>
+#include <cstdlib>
+#include <filesystem>
 #include <sstream>
-#include <vector>
+#include <system_error>
 
 namespace {
 
-std::string pathOf(pid_t pid, const char *file)
+std::string readFile(const std::string &path)
 {
-    return "/proc/" + std::to_string(pid) + "/" + file;
+    constexpr std::size_t Limit = 16 << 20; // more than an environment can have
+    try {
+        return Posix::readFile(path, Limit).value_or(std::string());
+    } catch (const std::system_error &) {
+        return {};
+    }
+}
+
+std::string linkTarget(const std::string &path)
+{
+    std::error_code ignored;
+    return std::filesystem::read_symlink(path, ignored);
 }
 
 } // namespace
 
 bool Procfs::isOurs()
 {
-    return Files::linkTarget("/proc/self") == std::to_string(::getpid());
+    return linkTarget("/proc/self") == std::to_string(::getpid());
+}
+
+std::string Procfs::bootId()
+{
+    const std::string id = readFile("/proc/sys/kernel/random/boot_id");
+    return id.substr(0, id.find('\n'));
+}
+
+pid_t Procfs::parsePid(std::string_view text)
+{
+    pid_t pid = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), pid);
+    return error == std::errc() && end == text.data() + text.size() && pid > 1 ? pid : 0;
 }
 
 std::string Procfs::read(pid_t pid, const char *file)
 {
-    return Files::read(pathOf(pid, file));
+    return readFile("/proc/" + std::to_string(pid) + '/' + file);
 }
 
-std::string Procfs::status(pid_t pid, std::string_view name)
+Procfs::Stat Procfs::stat(pid_t pid)
 {
-    std::istringstream lines(read(pid, "status"));
-    std::string line;
-    while (std::getline(lines, line)) {
-        if (line.size() > name.size() && line.compare(0, name.size(), name) == 0
-            && line[name.size()] == ':') {
-            const std::size_t begin = line.find_first_not_of(" \t", name.size() + 1);
-            return begin == std::string::npos ? std::string() : line.substr(begin);
-        }
-    }
-    return {};
-}
-
-std::string Procfs::stat(pid_t pid, int field)
-{
-    // The second field is the program's name between parentheses, blanks and parentheses of its own included.
+    // The second field is the program's name in parentheses, and may contain blanks and parentheses itself.
     const std::string line = read(pid, "stat");
-    const std::size_t end = line.rfind(')');
-    if (end == std::string::npos)
-        return {};
-    std::istringstream fields(line.substr(end + 1));
-    std::string text;
-    for (int i = 3; i <= field; ++i) {
-        if (!(fields >> text))
-            return {};
-    }
-    return text;
+    std::istringstream fields(line.substr(line.rfind(')') + 1));
+    char state = 0;
+    Stat stat;
+    fields >> state >> stat.parent;
+    std::string field;
+    for (int number = 5; number < 22; ++number)
+        fields >> field;
+    fields >> stat.startTime;
+    const bool hasEnded = state == 'Z' || state == 'X'; // but nobody has waited for it yet
+    return fields && !hasEnded ? stat : Stat();
 }
 
-bool Procfs::isOfOurUser(pid_t pid)
+bool Procfs::catchesSignal(pid_t pid, int signalNumber)
 {
-    std::istringstream users(status(pid, "Uid"));
-    uid_t real = 0;
-    uid_t effective = 0;
-    return users >> real >> effective && real == ::geteuid() && effective == ::geteuid();
+    const std::string status = read(pid, "status");
+    const std::string name = "\nSigCgt:";
+    const std::size_t begin = status.find(name);
+    return begin != std::string::npos
+           && (std::strtoull(status.c_str() + begin + name.size(), nullptr, 16) >> (signalNumber - 1)) & 1U;
 }
 
 bool Procfs::sharesNamespace(pid_t pid, const char *kind)
 {
-    const std::string file = std::string("ns/") + kind;
-    const std::string target = Files::linkTarget(pathOf(pid, file.c_str()));
-    return !target.empty() && target == Files::linkTarget("/proc/self/" + file);
+    const std::string file = std::string("/ns/") + kind;
+    const std::string target = linkTarget("/proc/" + std::to_string(pid) + file);
+    return !target.empty() && target == linkTarget("/proc/self" + file);
 }
 
 bool Procfs::signalIf(pid_t pid, int signalNumber, const std::function<bool()> &check)
 {
-    // The number alone could belong to another process between the check and the signal.
-    const Descriptor handle(static_cast<int>(::syscall(SYS_pidfd_open, pid, 0)));
-    if (handle.get() < 0 && errno != ENOSYS)
-        return false;
-    if (!check())
-        return false;
-    if (handle.get() < 0)
-        return ::kill(pid, signalNumber) == 0;
-    return ::syscall(SYS_pidfd_send_signal, handle.get(), signalNumber, nullptr, 0) == 0;
+    const Posix::Descriptor process(static_cast<int>(::syscall(SYS_pidfd_open, pid, 0)));
+    return process && check() && ::syscall(SYS_pidfd_send_signal, process.get(), signalNumber, nullptr, 0) == 0;
 }

@@ -7,25 +7,33 @@
 #include <string>
 #include <string_view>
 
-/// What proc(5) tells about other processes. Every answer is empty when the process is gone or may not be
-/// asked.
+/// Facts about other processes from proc(5). A process that has ended, or that may not be asked, gives empty answers.
 namespace Procfs {
 
-/// Whether /proc is there and numbers the processes as the system calls do; nothing below is of use
-/// otherwise.
+/// Whether /proc is mounted and belongs to our process namespace. Nothing below may be used otherwise.
 bool isOurs();
 
+/// Changes at each boot.
+std::string bootId();
+
+/// The number that the whole text is; 0 if it is none, or none of a process other than the first.
+pid_t parsePid(std::string_view text);
+
+/// A file of the process's directory.
 std::string read(pid_t pid, const char *file);
-/// The value of "NAME:" in the process's status file, without the white space before it.
-std::string status(pid_t pid, std::string_view name);
-/// A field of the process's stat file, numbered as in proc(5); for fields 3 and later.
-std::string stat(pid_t pid, int field);
-/// Whether both the real and the effective user are ours.
-bool isOfOurUser(pid_t pid);
-/// Whether the process lives in our namespace of that kind, such as "net".
+
+struct Stat
+{
+    pid_t parent = 0;
+    unsigned long long startTime = 0; ///< clock ticks from the boot to the process's start; 0 when it has ended
+};
+Stat stat(pid_t pid);
+
+bool catchesSignal(pid_t pid, int signalNumber);
+/// Whether the process is in our namespace of that kind, such as "net".
 bool sharesNamespace(pid_t pid, const char *kind);
 
-/// Sends the signal to the process that `check` accepts, and to no later one of the same number.
+/// Sends the signal if `check` accepts the process. The signal cannot reach a later process of the same number.
 bool signalIf(pid_t pid, int signalNumber, const std::function<bool()> &check);
 
 } // namespace Procfs

@@ -4,13 +4,12 @@
 #include <string>
 #include <string_view>
 
-/// What is shown of a value that the client passes to its script.
+/// The text to show for a value that the client passes to its script: one line of valid UTF-8.
 ///
-/// The client writes a text option's bytes as printable ASCII: a backslash before each of " ' $ ` \ | &,
-/// three octal digits after a backslash for what is no printable ASCII. Undone here is what gives printable
-/// UTF-8. All else (control characters, line ends, bytes that are no UTF-8, characters that are invisible or
-/// turn the direction of the text) keeps, or gets, the octal form, byte by byte. The result is one line of
-/// valid UTF-8.
+/// The client writes a text option's bytes as printable ASCII: a backslash before each of " ' $ ` \ | &, and a
+/// backslash with three octal digits for every other byte that is not printable ASCII. This is undone where the
+/// result is printable UTF-8. Everything else (control characters, line ends, bytes that are not UTF-8, characters
+/// that are invisible or change the direction of the text) is shown in the octal form, byte by byte.
 std::string shownText(std::string_view escaped);
 
 #endif

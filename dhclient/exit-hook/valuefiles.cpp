@@ -1,0 +1,52 @@
+#include "valuefiles.h"
+
+#include "posix.h"
+#include "report.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <system_error>
+
+namespace {
+
+/// One assignment. It is not for a shell: its reader removes exactly one pair of quotes, so quotes in the value need
+/// no escaping.
+std::string assignment(std::string name, const std::string &value)
+{
+    std::replace(name.begin(), name.end(), '-', '_');
+    return "new_" + name + "='" + value + "'\n";
+}
+
+bool isUpToDate(const std::string &path, const std::string &content)
+{
+    try {
+        return Posix::readFile(path, content.size()) == content
+               && std::filesystem::status(path).permissions() == static_cast<std::filesystem::perms>(0644);
+    } catch (const std::system_error &) {
+        return false; // longer, or no regular file
+    }
+}
+
+} // namespace
+
+void writeValueFiles(const std::string &directory, const std::map<std::string, std::string> &values)
+{
+    Posix::makeDirectories(directory);
+    for (const auto &entry : std::filesystem::directory_iterator(directory)) {
+        if (values.count(entry.path().filename()) == 0)
+            ::unlink(entry.path().c_str());
+    }
+    for (const auto &[name, value] : values) {
+        const std::string path = directory + '/' + name;
+        const std::string content = assignment(name, value);
+        try {
+            if (!isUpToDate(path, content))
+                Posix::replaceFile(path, content, Posix::Replacement::Cached);
+        } catch (const std::system_error &error) {
+            report(error.what());
+            ::unlink(path.c_str());
+        }
+    }
+}
