@@ -1,35 +1,76 @@
-// The window around the option table: details, buttons, keyboard, and what a screen reader learns.
+// The window around the option table: details, buttons, keyboard and mouse, looks, and what a screen reader learns.
 
 #include "configurationpageheader.h"
 #include "windowtrial.h"
 
 #include <QAccessible>
-#include <QHeaderView>
-#include <QMetaEnum>
-#include <QRegularExpression>
+#include <QClipboard>
+#include <QContextMenuEvent>
+#include <QDir>
+#include <QHelpEvent>
+#include <QMessageBox>
+#include <QProcess>
+#include <QTimer>
+#include <QToolTip>
+#include <QWindow>
 
+#include <cmath>
 #include <functional>
 
 namespace {
 
-/// What a screen reader learns of the widget and all that is visible in it, cells aside.
-QStringList spokenBy(QWidget *widget)
+/// What `see` makes of each details box that opens while `act` runs.
+QString boxOpenedBy(const std::function<void()> &act, const std::function<QString(QMessageBox *)> &see)
 {
-    QStringList spoken;
-    std::function<void(QAccessibleInterface *)> ask = [&](QAccessibleInterface *asked) {
-        if (asked->state().invisible || asked->role() == QAccessible::Cell)
-            return;
-        const QString role = QString::fromLatin1(QMetaEnum::fromType<QAccessible::Role>().valueToKey(asked->role()));
-        const QString focusable = asked->state().focusable ? QStringLiteral("focusable") : QString();
-        // Tables say their name to whatever they are asked for.
-        const QString keys = asked->tableInterface() ? QString() : asked->text(QAccessible::Accelerator);
-        spoken << QStringList({role, asked->text(QAccessible::Name), keys, focusable})
-                      .join(QLatin1Char('|'));
-        for (int child = 0; child < asked->childCount(); ++child)
-            ask(asked->child(child));
+    QString seen;
+    QTimer closer;
+    QObject::connect(&closer, &QTimer::timeout, [&] {
+        if (auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget())) {
+            seen += see(box);
+            box->accept();
+        }
+    });
+    closer.start(10);
+    act();
+    QApplication::processEvents();
+    return seen;
+}
+
+/// The box's title, and of each of its lines the first word and what is bold.
+QString textsOf(QMessageBox *box)
+{
+    QString texts = box->text();
+    for (const QString &line : box->informativeText().split("<br />"))
+        texts += '|' + line.section(' ', 0, 0) + ' ' + line.section("<b>", 1, 1).section("</b>", 0, 0);
+    return texts;
+}
+
+/// A cell's text as it is painted, cut down to where it differs from its background.
+QImage inked(const WindowTrial &trial, const QString &name, QColor *paper)
+{
+    const QRect cell = trial.table->visualItemRect(trial.cell(name, ValueColumn)).adjusted(2, 2, -2, -2);
+    const QImage picture = trial.table->viewport()->grab(cell).toImage();
+    *paper = picture.pixel(0, 0);
+    QRect ink;
+    for (int i = 0; i < picture.width() * picture.height(); ++i) {
+        const QPoint point(i % picture.width(), i / picture.width());
+        ink |= QColor(picture.pixel(point)) == *paper ? QRect() : QRect(point, QSize(1, 1));
+    }
+    return picture.copy(ink);
+}
+
+/// Relative luminance as in the Web Content Accessibility Guidelines 2.
+qreal luminance(const QColor &color)
+{
+    const auto linear = [](qreal value) {
+        return value <= 0.03928 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
     };
-    ask(QAccessible::queryAccessibleInterface(widget));
-    return spoken;
+    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
+}
+
+QString spokenName(QObject *object)
+{
+    return QAccessible::queryAccessibleInterface(object)->text(QAccessible::Name);
 }
 
 } // namespace
@@ -39,39 +80,102 @@ class TestWindow : public QObject
     Q_OBJECT
 
 private slots:
-    void init() { installRecorders(root); }
-
-    void texts()
+    void initTestCase()
     {
-        const WindowTrial trial(root, {});
-        struct Header { const char *text; const char *tip; };
-        const Header headers[] = {{"Requested", "Checked if the DHCP option is to be requested from the DHCP server"},
-                                  {"DHCP\nCode", "DHCP code.  This is modifiable for non-predefined options"},
-                                  {"Name", ""},
-                                  {"Info", "Click for detailed option information"},
-                                  {"Current\nValue", "Current value returned from the DHCP server"},
-                                  {"Option\nName", ""}};
-        for (int column = 0; column < 6; ++column) {
-            QCOMPARE(trial.table->horizontalHeaderItem(column)->text(), u(headers[column].text));
-            QCOMPARE(trial.table->horizontalHeaderItem(column)->toolTip(), u(headers[column].tip));
+        root.write("/usr/share/pixmaps/kiro-dhcp.png", "");
+        QVERIFY(QImage(48, 48, QImage::Format_RGB32).save(root.path("/usr/share/pixmaps/kiro-dhcp.png")));
+    }
+
+    /// The program itself shows it: the minimal platform can save what would be on a screen.
+    void shown()
+    {
+        QProcess program;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert("QT_QPA_PLATFORM", "minimal");
+        environment.insert("QT_DEBUG_BACKINGSTORE", "1");
+        program.setProcessEnvironment(environment);
+        program.setWorkingDirectory(root.path("/"));
+        program.start(PROGRAM_PATH, QStringList());
+        QVERIFY(eventually([&] { return QFile::exists(root.path("/output0000.png")); }));
+        program.kill();
+        program.waitForFinished();
+    }
+
+    void layout()
+    {
+        QList<WindowTrial::Definition> definitions;
+        for (int i = 0; i < 7; ++i)
+            definitions << WindowTrial::Definition{QString::number(i), i + 1, Custom};
+        WindowTrial trial(root, definitions);
+        trial.window->show(); // in a size of its own
+        QVERIFY(trial.table->viewport()->rect().contains(trial.table->visualItemRect(trial.cell("6", 0))));
+        QCOMPARE(trial.window->windowTitle(), QString("DHCP Option Manager"));
+        QVERIFY(!trial.window->windowIcon().isNull());
+        auto *header = trial.window->findChild<ConfigurationPageHeader *>();
+        QStringList seen;
+        for (QLabel *label : header->findChildren<QLabel *>())
+            seen << (!label->isVisible()                         ? "hidden"
+                     : label->pixmap(Qt::ReturnByValue).isNull() ? label->text()
+                                                                 : "icon");
+        QCOMPARE(seen, QStringList({"icon", "hidden", "DHCP Option Manager"}));
+        const QHeaderView *columns = trial.table->horizontalHeader();
+        QVERIFY(!trial.table->verticalHeader()->isVisible());
+        QVERIFY(columns->height() >= 2 * columns->fontMetrics().height());
+        // The Tab key reaches everything in the order of the layout, and leaves the table again.
+        trial.show();
+        const QList<QWidget *> row = {trial.selector, trial.button("&Apply"), trial.button("&OK"),
+                                      trial.button("&Cancel")};
+        const auto position = [&](QWidget *widget) { return widget->mapTo(trial.window.get(), QPoint(0, 0)); };
+        for (int i = 0; i < row.count(); ++i) {
+            trial.key(Qt::Key_Tab);
+            QCOMPARE(QApplication::focusWidget(), row.at(i));
+            QVERIFY(i == 0 || position(row.at(i)).x() >= position(row.at(i - 1)).x() + row.at(i - 1)->width());
         }
-        QVERIFY(!trial.table->verticalHeader()->isVisibleTo(trial.table));
-        QCOMPARE(trial.window->windowTitle(), u("DHCP Option Manager"));
-        QStringList views;
-        for (int i = 0; i < trial.selector->count(); ++i)
-            views << trial.selector->itemText(i);
-        QCOMPARE(views, QStringList({u("Show Custom Options"), u("Show Common Options"), u("Show All Options")}));
-        // From top to bottom the header, the table and the row; in the row the selector left of the buttons.
-        trial.window->resize(700, 500);
-        trial.window->grab();
-        const auto position = [&](const QWidget *widget) { return widget->mapTo(trial.window.get(), QPoint(0, 0)); };
-        QVERIFY(position(trial.window->findChild<ConfigurationPageHeader *>()).y() < position(trial.table).y());
+        QVERIFY(position(row.at(1)).x() > 2 * row.at(0)->width()); // the stretch
+        QVERIFY(position(header).y() < position(trial.table).y());
         QVERIFY(position(trial.table).y() < position(trial.selector).y());
-        const QList<QWidget *> row = {trial.selector, trial.button(u("Apply")), trial.button(u("OK")),
-                                      trial.button(u("Cancel"))};
-        for (int i = 1; i < row.count(); ++i)
-            QVERIFY(position(row.at(i - 1)).x() + row.at(i - 1)->width() <= position(row.at(i)).x());
-        QVERIFY(position(row.at(1)).x() - row.at(0)->width() > 200); // the stretch
+        trial.window->resize(1, 1);
+        QVERIFY(trial.window->width() < 580); // the least that the table needs is enough for the row
+        QCOMPARE(spokenName(trial.table), QString("DHCP options"));
+        const auto labels = QAccessible::queryAccessibleInterface(trial.selector)->relations(QAccessible::Label);
+        QCOMPARE(labels.value(0).first->text(QAccessible::Name), QString("Options to show"));
+    }
+
+    /// In place of a directory, a file takes even root's right to write below it.
+    void notes()
+    {
+        const auto note = [this] {
+            const WindowTrial trial(root, {});
+            QString notes;
+            for (QLabel *label : trial.window->findChild<ConfigurationPageHeader *>()->findChildren<QLabel *>())
+                notes += label->isVisibleTo(trial.window.get()) ? label->text().section("choices ", 1) : QString();
+            return notes;
+        };
+        QCOMPARE(note(), QString());
+        root.write("/etc/dhcp", "");
+        QCOMPARE(note(), QString("are stored but not applied to the DHCP client."));
+        QDir().rename(root.path("/var/lib/vorkan"), root.path("/aside"));
+        root.write("/var/lib/vorkan", "");
+        QCOMPARE(note(), QString("are neither stored nor applied to the DHCP client."));
+        root.remove("/etc/dhcp");
+        QCOMPARE(note(), QString("are applied to the DHCP client but not stored."));
+        root.remove("/var/lib/vorkan");
+        QDir().rename(root.path("/aside"), root.path("/var/lib/vorkan"));
+    }
+
+    void emptyView()
+    {
+        WindowTrial trial(root, {{"empty", 3, Predefined}});
+        trial.show();
+        const auto *hint = trial.table->viewport()->findChild<QLabel *>();
+        QVERIFY(hint->isVisible() && hint->text().contains("Choose another"));
+        QVERIFY(trial.table->viewport()->rect().contains(hint->geometry()));
+        trial.selector->setCurrentIndex(ShowCommon);
+        QVERIFY(!hint->isVisible());
+        WindowTrial none(root, {}, true);
+        QVERIFY(none.table->viewport()->findChild<QLabel *>()->text().contains("No option definitions"));
+        none.window->apply();
+        QVERIFY(eventually([&] { return root.recorded() == QStringList("dhclient|-1"); }));
     }
 
     void details_data()
@@ -80,238 +184,273 @@ private slots:
         QTest::addColumn<QString>("expected");
         QTest::addColumn<quint32>("applied");
         QTest::addColumn<quint32>("shown");
-        QTest::newRow("all") << Custom + "<windows-name>W</windows-name><windows-type>Byte</windows-type>"
-                                         "<description>D</description><example>E</example>"
-                                         "<standard-option>yes</standard-option>"
-                             << u("Standard DHCP Code: <b>250</b><br />Last Applied DHCP Code: <b>224</b><br />"
-                                  "Name: <b>Name of %1</b><br />Windows DHCP Option Name: <b>W</b><br />"
-                                  "Windows DHCP Option Type: <b>Byte</b><br />Linux DHCP Option Name: <b>%1</b><br />"
-                                  "Linux DHCP Option Type: <b>text</b><br />Description: <b>D</b><br />"
-                                  "Example: <b>E</b><br />Standard DHCP Option?  <b>Yes<b><br />") << 224u << 210u;
+        QTest::newRow("all") << Custom
+                                    + "<windows-name>W</windows-name><windows-type>Byte</windows-type><description>D"
+                                      "</description><example>E</example><standard-option>yes</standard-option>"
+                             << "Standard 250|Last 224|Name: I|Windows W|Windows Byte|Linux i|Linux text|Description: D"
+                                "|Example: E|Standard Yes| "
+                             << 224u << 210u;
         QTest::newRow("custom") << Custom
-                                << u("Standard DHCP Code: <b>250</b><br />Name: <b>Name of %1</b><br />"
-                                     "Windows DHCP Option Type: <b>Unknown</b><br />"
-                                     "Linux DHCP Option Name: <b>%1</b><br />Linux DHCP Option Type: <b>text</b><br />"
-                                     "Standard DHCP Option?  <b>Ostrel Extension<b><br />") << 250u << 210u;
-        QTest::newRow("predefined") << Predefined
-                                    << u("Fixed DHCP Code: <b>250</b><br />Name: <b>Name of %1</b><br />"
-                                         "Windows DHCP Option Type: <b>Unknown</b><br />"
-                                         "Linux DHCP Option Name: <b>%1</b><br />"
-                                         "Standard DHCP Option?  <b>Ostrel Extension<b><br />") << 224u << 250u;
+                                << "Standard 250|Name: I|Windows Unknown|Linux i|Linux text|Standard Ostrel"
+                                   " Extension| "
+                                << 250u << 210u;
+        QTest::newRow("known") << Predefined + Off
+                               << "Fixed 250|Name: I|Windows Unknown|Linux i|Standard Ostrel"
+                                  " Extension| "
+                               << 224u << 250u;
     }
 
     void details()
     {
         QFETCH(QByteArray, more);
         QFETCH(QString, expected);
-        const QString name = u("info-%1").arg(QString::fromUtf8(QTest::currentDataTag()));
-        WindowTrial trial(root, {{name, 250, more}});
         QFETCH(quint32, applied);
         QFETCH(quint32, shown);
+        // Of equal codes the first in the list is described, also for the other one's row.
+        WindowTrial trial(root, {{"i", 250, more}, {"other", int(shown), more}});
         trial.options.at(0)->appliedCode = applied;
-        trial.table->changeViewMode(ShowAll);
+        trial.selector->setCurrentIndex(ShowAll);
         trial.show();
-        if (shown != 250)
-            QVERIFY(trial.typeCode(name, QString::number(shown)));
-        const QString whole = u("<i>Details on DHCP Option %1 -- Name of %2:</i>\n").arg(shown).arg(name)
-            + expected.arg(name);
-        int boxes = 0;
-        for (int column = 1; column < 5; ++column) {
-            const QString text = detailsShownBy([&] { trial.click(0, column); }, &boxes);
-            QCOMPARE(text, column == InfoColumn ? whole : QString());
-            QCOMPARE(boxes, column == InfoColumn ? 1 : 0);
+        QVERIFY(shown == 250 || trial.typeCode("i", QString::number(shown)));
+        const QString whole = QString("<i>Details on DHCP Option %1 -- I:</i>|").arg(shown) + expected;
+        for (int row = 0; row < 2; ++row) {
+            for (int column = 1; column < 5; ++column)
+                QCOMPARE(boxOpenedBy([&] { trial.click(row, column); }, textsOf), column == 3 ? whole : QString());
         }
-        struct Key
-        {
-            Qt::Key key = Qt::Key_unknown;
-            Qt::KeyboardModifiers modifiers;
-            int column = 0;
-            bool opens = false;
-        };
-        const Key keys[] = {{Qt::Key_Return, Qt::NoModifier, 3, true}, {Qt::Key_Enter, Qt::KeypadModifier, 3, true},
-                            {Qt::Key_Space, Qt::NoModifier, 3, true}, {Qt::Key_F1, Qt::NoModifier, 0, true},
-                            {Qt::Key_Return, Qt::ControlModifier, 3, false},
-                            {Qt::Key_Return, Qt::NoModifier, 2, false}};
-        for (const Key &key : keys) {
-            trial.table->setCurrentCell(0, key.column);
-            QCOMPARE(detailsShownBy([&] { QTest::keyClick(trial.table, key.key, key.modifiers); }, &boxes),
-                     key.opens ? whole : QString());
-            QCOMPARE(boxes, key.opens ? 1 : 0);
-            QVERIFY(!key.opens || !trial.table->item(0, InfoColumn)->isSelected());
+        for (const auto &[key, modifiers] : {std::pair(Qt::Key_Return, Qt::NoModifier),
+                                             {Qt::Key_F1, Qt::NoModifier},
+                                             {Qt::Key_Enter, Qt::KeypadModifier},
+                                             {Qt::Key_Space, Qt::NoModifier}}) {
+            trial.table->setCurrentCell(1, InfoColumn);
+            QCOMPARE(boxOpenedBy([&] { trial.key(key, modifiers); }, textsOf), whole);
+            QVERIFY(!trial.table->item(1, InfoColumn)->isSelected());
         }
     }
 
-    void equalCodesShowTheFirst()
+    /// The box belongs to the window. And F1 is for the row that was clicked, also on a disabled cell.
+    void detailsOfClicked()
     {
-        WindowTrial trial(root, {{u("equal-b"), 240, Custom}, {u("equal-a"), 240, Custom}});
+        WindowTrial trial(root, {{"c-1", 1, Custom}, {"c-2", 2, Custom + Off}});
         trial.show();
-        for (int row = 0; row < 2; ++row)
-            QVERIFY(detailsShownBy([&] { trial.click(row, InfoColumn); })
-                        .startsWith(u("<i>Details on DHCP Option 240 -- Name of equal-b:</i>")));
+        trial.click(1, NameColumn);
+        QVERIFY(boxOpenedBy([&] { trial.key(Qt::Key_Return); }, textsOf).isEmpty());
+        const QString seen = boxOpenedBy(
+            [&] { trial.key(Qt::Key_F1); },
+            [&](QMessageBox *box) {
+                const QPoint distance = box->geometry().center() - trial.window->geometry().center();
+                const bool isBelow = box->windowHandle()->transientParent() == trial.window->windowHandle();
+                return QStringList({box->windowTitle(), isBelow && distance.manhattanLength() < 20 ? "above it" : "",
+                                    box->windowIcon().isNull() ? "" : "icon", spokenName(box)})
+                    .join('|');
+            });
+        QCOMPARE(seen, QString("DHCP Option Manager|above it|icon|Details on DHCP Option 2 -- C-2:"));
+        trial.key(Qt::Key_Space);
+        QCOMPARE(trial.cell("c-2", 0)->checkState(), Qt::Checked);
     }
 
     void buttons()
     {
-        WindowTrial trial(root, {{u("button"), 200, Custom}});
+        WindowTrial trial(root, {{"button", 200, Custom}});
         trial.show();
-        trial.tick(u("button"));
-        QTimer::singleShot(0, [&] { QTest::mouseClick(trial.button(u("Cancel")), Qt::LeftButton); });
-        QCOMPARE(QApplication::exec(), 0);
+        const auto runUntil = [&](const std::function<void()> &end) {
+            trial.tick("button");
+            QTimer::singleShot(0, trial.window.get(), end);
+            QCOMPARE(QApplication::exec(), 0);
+        };
+        runUntil([&] { trial.window->close(); });
+        trial.window->show();
+        runUntil([&] { trial.button("&Cancel")->click(); });
         QCOMPARE(root.recorded(), QStringList());
-        // By the time the tool runs, the requested state is in the registry.
-        root.installRecorder(u("/usr/sbin/kiro-dhclient-edit"),
-                               "[ \"$(sqlite3 \"$KIRO_DHCP_MGR_ROOT/var/lib/vorkan/registry.db\""
-                               " \"SELECT value FROM entry WHERE key = 'root/DHCP/Req_button'\")\" = 0 ] || exit");
-        QTest::mouseClick(trial.button(u("Apply")), Qt::LeftButton);
-        QTRY_COMPARE(root.recorded(),
-                     QStringList({ToolName + u("--del-new-option|button 200 text|--del-request|button"),
-                                  u("dhclient|-1")}));
-        root.installRecorder(u("/usr/sbin/kiro-dhclient-edit"));
-        root.forgetRecorded();
-        trial.tick(u("button"));
-        QTimer::singleShot(0, [&] { QTest::mouseClick(trial.button(u("OK")), Qt::LeftButton); });
-        QCOMPARE(QApplication::exec(), 0);
-        QTRY_COMPARE(root.recorded(),
-                     QStringList({ToolName + u("--add-new-option|button 200 text|--add-request|button"),
-                                  u("dhclient|-1")}));
-        root.forgetRecorded();
-        trial.tick(u("button"));
-        QTimer::singleShot(0, [&] { trial.window->close(); });
-        QCOMPARE(QApplication::exec(), 0);
-        QCOMPARE(root.recorded(), QStringList());
+        // By the time the tool runs, the requested state is in the registry, and the cursor says "wait".
+        root.installRecorder("/usr/sbin/kiro-dhclient-edit",
+                             "[ \"$(sqlite3 \"$KIRO_DHCP_MGR_ROOT/var/lib/vorkan/registry.db\""
+                             " \"SELECT value FROM entry WHERE key = 'root/DHCP/Req_button'\")\" = 0 ] || exit");
+        trial.options.at(0)->installEventFilter(this);
+        runUntil([&] { trial.button("&OK")->click(); });
+        trial.button("&Apply")->click(); // of what has been applied, nothing is left
+        QVERIFY(eventually([&] { return root.recorded().count() == 3; }));
+        QCOMPARE(root.recorded(),
+                 QStringList({"kiro-dhclient-edit|--del-new-option|button 200 text|--del-request|button", "dhclient|-1",
+                              "dhclient|-1"}));
+        QCOMPARE(cursorAtTool, Qt::WaitCursor);
+        QVERIFY(!QApplication::overrideCursor());
     }
 
     /// A button's letter works while a code is being typed, and takes the code along.
     void applyWhileEditing()
     {
-        WindowTrial trial(root, {{u("typing"), 200, Custom}});
+        WindowTrial trial(root, {{"typing", 200, Custom}});
         trial.show();
-        QApplication::setActiveWindow(trial.window.get());
-        trial.table->setFocus();
         trial.table->setCurrentCell(0, CodeColumn);
-        QTest::keyClick(trial.table, Qt::Key_F2);
-        auto *editor = trial.table->viewport()->findChild<QLineEdit *>();
-        QVERIFY(editor);
-        QTest::keyClicks(editor, u("240"));
-        QTest::keyClick(editor, Qt::Key_A, Qt::AltModifier);
-        QTRY_COMPARE(root.recorded().count(), 2);
-        QVERIFY(root.recorded().at(0).contains(u("--add-new-option|typing 240 text")));
-    }
-
-    /// Tab must reach every control in the order of the layout, and leave the table again.
-    void tabOrder()
-    {
-        WindowTrial trial(root, {{u("key"), 200, Custom}});
-        trial.show();
-        QApplication::setActiveWindow(trial.window.get());
-        trial.table->setFocus();
-        const QList<QWidget *> order = {trial.table, trial.selector, trial.button(u("Apply")), trial.button(u("OK")),
-                                        trial.button(u("Cancel"))};
-        for (QWidget *widget : order) {
-            QCOMPARE(QApplication::focusWidget(), widget);
-            QTest::keyClick(widget, Qt::Key_Tab);
-        }
+        for (const int key : {Qt::Key_2, Qt::Key_4, Qt::Key_0})
+            trial.key(key);
+        trial.key(Qt::Key_A, Qt::AltModifier);
+        QVERIFY(eventually([&] { return root.recorded().count() == 2; }));
+        QVERIFY(root.recorded().at(0).contains("--add-new-option|typing 240 text"));
     }
 
     /// The keyboard always has a cell to start from, and never one that is not shown.
     void keyboardCell()
     {
-        WindowTrial trial(root, {{u("key-fixed"), 1, Predefined + classOf("always-on")},
-                                   {u("key-known"), 2, Predefined}, {u("key-custom"), 200, Custom}});
+        WindowTrial trial(
+            root, {{"fixed", 1, Predefined + classOf("always-on")}, {"known", 2, Predefined}, {"custom", 200, Custom}});
         trial.selector->setCurrentIndex(ShowAll);
         trial.show();
-        QApplication::setActiveWindow(trial.window.get());
-        trial.table->setFocus();
-        QCOMPARE(trial.table->currentRow(), 0); // although its first cell is disabled
-        QVERIFY(trial.table->currentItem()->flags().testFlag(Qt::ItemIsEnabled));
+        QVERIFY(trial.table->currentRow() == 0 && trial.table->currentColumn() == 1); // the first cell is disabled
         trial.table->setCurrentCell(1, RequestedColumn);
-        trial.selector->setCurrentIndex(ShowCustom);
+        trial.table->changeViewMode(ShowCustom);
         QCOMPARE(trial.table->currentRow(), 2);
-        QTest::keyClick(trial.table, Qt::Key_Space);
-        QCOMPARE(trial.cell(u("key-known"), 0)->checkState(), Qt::Checked);
-        QCOMPARE(trial.cell(u("key-custom"), 0)->checkState(), Qt::Unchecked);
-
-        trial.table->setCurrentCell(2, RequestedColumn);
-        QTest::keyClick(trial.table, Qt::Key_S, Qt::ControlModifier);
-        QCOMPARE(trial.table->horizontalHeader()->sortIndicatorSection(), 0);
-        QCOMPARE(trial.table->horizontalHeader()->sortIndicatorOrder(), Qt::AscendingOrder);
-        QTest::keyClick(trial.table, Qt::Key_S, Qt::ControlModifier);
-        QCOMPARE(trial.table->horizontalHeader()->sortIndicatorOrder(), Qt::DescendingOrder);
+        for (const Qt::SortOrder order : {Qt::AscendingOrder, Qt::DescendingOrder}) {
+            trial.key(Qt::Key_S, Qt::ControlModifier);
+            QCOMPARE(trial.table->horizontalHeader()->sortIndicatorSection(), 0);
+            QCOMPARE(trial.table->horizontalHeader()->sortIndicatorOrder(), order);
+        }
     }
 
-    /// The cells as a screen reader asks for them: name, description, whether checkable and whether checked.
-    void accessibleCells()
+    /// What is typed in the table, or after "/" in the field of Ctrl+F, and the row found. "." lets time pass, "~" is
+    /// Escape, "<" and ">" go on to other rows.
+    void find()
     {
-        WindowTrial trial(root, {{u("spoken"), 200, Custom}, {u("fixed"), 201, Custom + classOf("always-on")},
-                                   {u("idle"), 202, Custom + "<default>no</default>"}, {u("known"), 203, Predefined},
-                                   {u("spoken"), 204, Custom}});
-        trial.selector->setCurrentIndex(ShowAll);
-        QAccessibleInterface *table = QAccessible::queryAccessibleInterface(trial.table);
-        QCOMPARE(table->text(QAccessible::Name), u("DHCP options"));
-        QCOMPARE(table->role(), QAccessible::Table);
-        const char *expected[][5] = {
-            {"Requested: Name of spoken||checkable|checked", "DHCP Code: 200|Editable||", "Name: Name of spoken|||",
-             "Info: Name of spoken|||", "Current Value: N/A|||"},
-            {"Requested: Always|Disabled||", "DHCP Code: 201|Editable||", "Name: Name of fixed|||",
-             "Info: Name of fixed|||", "Current Value: N/A|||"},
-            {"Requested: Name of idle||checkable|", "DHCP Code: 202|Disabled||", "Name: Name of idle|Disabled||",
-             "Info: Name of idle|||", "Current Value: N/A|Disabled||"},
-            {"Requested: Name of known||checkable|checked", "DHCP Code: 203|||", "Name: Name of known|||",
-             "Info: Name of known|||", "Current Value: N/A|||"},
-            {"|||", "|||", "|||", "|||", "|||"}};
-        for (int row = 0; row < 5; ++row) {
-            for (int column = 0; column < 5; ++column) {
-                QAccessibleInterface *cell = table->tableInterface()->cellAt(row, column);
-                QCOMPARE(cell->role(), QAccessible::Cell);
-                const QString checkable = cell->state().checkable ? u("checkable") : QString();
-                const QString checked = cell->state().checked ? u("checked") : QString();
-                const QStringList told{cell->text(QAccessible::Name), cell->text(QAccessible::Description), checkable,
-                                       checked};
-                QCOMPARE(told.join(QLatin1Char('|')), u(expected[row][column]));
+        WindowTrial trial(root, {{"start", 100, Custom},
+                                 {"asset", 1, Custom + Off},
+                                 {"print", 120, Custom},
+                                 {"proof", 12, Custom + Hidden},
+                                 {"proxy", 121, Custom + Off},
+                                 {"site", 210, Custom + classOf("always-off")}});
+        trial.show();
+        auto *field = trial.table->findChild<QLineEdit *>(QString(), Qt::FindDirectChildrenOnly);
+        for (const auto &[keys, found] :
+             {std::pair("p", "print"), {"P", "print"},    {"pro", "proxy"},  {"pp", "proxy"},   {"ppp", "print"},
+              {"p.p", "proxy"},        {"pr.a", "asset"}, {"s", "site"},     {"x", "start"},    {"1", "asset"},
+              {"12", "print"},         {"121", "proxy"},  {"0121", "proxy"}, {"/set", "asset"}, {"/ROX", "proxy"},
+              {"/21", "site"},         {"/001", "asset"}, {"/p>", "proxy"},  {"/p>>", "print"}, {"/p<", "proxy"},
+              {"/set~.p", "print"}}) {
+            trial.table->setCurrentCell(trial.row("start"), RequestedColumn);
+            QApplication::setKeyboardInputInterval(0);
+            for (const char key : QByteArray(keys)) {
+                const int special = QByteArray("/~<>").indexOf(key);
+                if (special >= 0)
+                    trial.key(std::array{Qt::Key_F, Qt::Key_Escape, Qt::Key_Up, Qt::Key_Return}[std::size_t(special)],
+                              special == 0 ? Qt::ControlModifier : Qt::NoModifier);
+                else if (key != '.')
+                    QTest::keyClick(QApplication::focusWidget(), key);
+                QApplication::setKeyboardInputInterval(key == '.' ? 0 : 1000000);
+            }
+            QCOMPARE(QString(keys + trial.table->item(trial.table->currentRow(), KeyColumn)->text()),
+                     QString(QString(keys) + found));
+            QCOMPARE(field->isVisible(), QByteArray(keys).startsWith('/') && !QByteArray(keys).contains('~'));
+            trial.table->setFocus();
+            QVERIFY(!field->isVisible());
+        }
+    }
+
+    /// Of rows that are not requested, too.
+    void copying()
+    {
+        root.setValue("second", "x=received");
+        WindowTrial trial(root, {{"first", 1, Custom}, {"second", 2, Custom + Off}});
+        trial.show();
+        const auto copied = [] { return QApplication::clipboard()->text(); };
+        trial.click(1, ValueColumn);
+        trial.key(Qt::Key_C, Qt::ControlModifier);
+        QCOMPARE(copied(), QString("received"));
+        trial.table->setCurrentCell(0, NameColumn);
+        trial.key(Qt::Key_C, Qt::ControlModifier);
+        QCOMPARE(copied(), QString("First"));
+        const char *expected[] = {"received", "Second", "Second"};
+        for (int action = 0; action < 3; ++action) {
+            const QPoint place = trial.table->visualItemRect(trial.cell("second", ValueColumn)).center();
+            QContextMenuEvent asking(action == 0 ? QContextMenuEvent::Mouse : QContextMenuEvent::Keyboard, place);
+            QApplication::sendEvent(action == 0 ? trial.table->viewport() : trial.table, &asking);
+            QWidget *menu = QApplication::activePopupWidget();
+            QVERIFY(menu);
+            const QString box = boxOpenedBy([&] { QTest::keyClick(menu, "vnd"[action]); }, textsOf);
+            QCOMPARE(copied(), QString(expected[action]));
+            QCOMPARE(box.contains("Second"), action == 2);
+        }
+    }
+
+    /// Light and dark, the text of an option that is not requested can be read, in the current row too.
+    void contrast()
+    {
+        WindowTrial trial(root, {{"grey", 1, Custom + Off}, {"black", 2, Custom}});
+        trial.show();
+        QFont large = trial.table->font();
+        large.setPixelSize(40); // strokes wider than a pixel
+        trial.table->setFont(large);
+        for (const auto &[text, base] : {std::pair(Qt::black, Qt::white), {Qt::white, Qt::black}}) {
+            QPalette palette(base);
+            palette.setColor(QPalette::Text, text);
+            palette.setColor(QPalette::Base, base);
+            trial.table->setPalette(palette);
+            for (const int current : {0, 1}) {
+                trial.table->setCurrentCell(current, RequestedColumn);
+                QColor paper;
+                const QImage ink = inked(trial, "grey", &paper);
+                QCOMPARE(paper != QColor(base), current == 0); // the current row is tinted
+                qreal best = 1;
+                for (int i = 0; i < ink.width() * ink.height(); ++i) {
+                    const qreal one = luminance(ink.pixel(i % ink.width(), i / ink.width())) + 0.05;
+                    const qreal other = luminance(paper) + 0.05;
+                    best = qMax(best, qMax(one, other) / qMin(one, other));
+                }
+                QVERIFY2(best > 4.5 && best < 12, qPrintable(QString::number(best)));
             }
         }
-        trial.cell(u("idle"), RequestedColumn)->setCheckState(Qt::Checked);
-        QVERIFY(table->tableInterface()->cellAt(2, 0)->state().checked);
-        QCOMPARE(table->tableInterface()->cellAt(2, 1)->text(QAccessible::Description), QString());
     }
 
-    /// All that is not a cell: role, name, keys, and what the keyboard can reach.
-    void accessibleControls()
+    /// Numbers keep their order in a layout from right to left. What is cut, and that only, is whole in a tooltip.
+    void values()
     {
-        WindowTrial trial(root, {{u("spoken"), 200, Custom}});
+        root.setValue("value", "x='1 888888'");
+        WindowTrial trial(root, {{"value", 1, Custom}, {"long", 2, Custom}});
+        trial.window->setLayoutDirection(Qt::RightToLeft);
         trial.show();
-        const QStringList window = spokenBy(trial.window.get());
-        for (const char *control : {"Window|DHCP Option Manager||", "StaticText|DHCP Option Manager||",
-                                    "Table|DHCP options||", "ColumnHeader|Requested||", "ColumnHeader|DHCP Code||",
-                                    "ColumnHeader|Name||", "ColumnHeader|Info||", "ColumnHeader|Current Value||",
-                                    "Button|Apply|Alt+A|focusable", "Button|OK|Alt+O|focusable",
-                                    "Button|Cancel|Alt+C|focusable", "ComboBox|Show Custom Options|Down|focusable",
-                                    "ListItem|Show Custom Options||focusable",
-                                    "ListItem|Show Common Options||focusable", "ListItem|Show All Options||focusable"})
-            QVERIFY2(window.count(u(control)) == 1, control);
-        // Whatever the keyboard reaches has a name.
-        QVERIFY(window.filter(QRegularExpression(u("^[A-Za-z]+\\|\\|.*focusable$"))).isEmpty());
+        QColor paper;
+        const QImage thirds =
+            inked(trial, "value", &paper).scaled(3, 1, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+        QVERIFY(qGray(thirds.pixel(0, 0)) > qGray(thirds.pixel(2, 0)));
+        const auto toolTip = [&](const QString &name) {
+            const QPoint place = trial.table->visualItemRect(trial.cell(name, ValueColumn)).center();
+            QHelpEvent asking(QEvent::ToolTip, place, trial.table->viewport()->mapToGlobal(place));
+            QApplication::sendEvent(trial.table->viewport(), &asking);
+            return QToolTip::text();
+        };
+        QVERIFY(toolTip("value").isEmpty());
+        root.setValue("long", "x='ldaps://<b>" + QByteArray(5000, 'l') + "'");
+        trial.table->refreshValues();
+        QVERIFY(toolTip("long").contains("ldaps://&lt;b&gt;lll"));
+        QVERIFY(QToolTip::text().size() < 2000);
+        QVERIFY(!trial.table->wordWrap()); // it would cut a line at its first break
+    }
 
-        const auto labels = QAccessible::queryAccessibleInterface(trial.selector)->relations(QAccessible::Label);
-        QCOMPARE(labels.count(), 1);
-        QCOMPARE(labels.at(0).first->text(QAccessible::Name), u("Options to show"));
-
-        QStringList box;
-        QTimer::singleShot(0, [&box] {
-            QWidget *shown = QApplication::activeModalWidget();
-            box = spokenBy(shown);
-            shown->close();
-        });
-        trial.click(0, InfoColumn);
-        QVERIFY(box.contains(u("AlertMessage|Details on DHCP Option 200 -- Name of spoken:||")));
-        QVERIFY(box.contains(u("Button|OK|Enter|focusable")));
-        QCOMPARE(box.filter(QRegularExpression(u("^StaticText\\|Standard DHCP Code: 200\n.*\\|focusable$"),
-                                               QRegularExpression::DotMatchesEverythingOption)).count(), 1);
+    /// The cells as a screen reader asks for them: name and description.
+    void accessibleCells()
+    {
+        WindowTrial trial(root, {{"spoken", 200, Custom}, {"fixed", 201, Predefined + classOf("always-off")}});
+        trial.selector->setCurrentIndex(ShowAll);
+        auto *table = QAccessible::queryAccessibleInterface(trial.table)->tableInterface();
+        const char *expected[][5] = {{"Requested: Spoken|", "DHCP Code: 200|Editable", "Name: Spoken|", "Info: Spoken|",
+                                      "Current Value: N/A|"},
+                                     {"Requested: Never|Disabled", "DHCP Code: 201|Disabled", "Name: Fixed|Disabled",
+                                      "Info: Fixed|", "Current Value: N/A|Disabled"}};
+        for (int i = 0; i < 10; ++i) {
+            QAccessibleInterface *cell = table->cellAt(i / 5, i % 5);
+            QCOMPARE(QString(cell->text(QAccessible::Name) + '|' + cell->text(QAccessible::Description)),
+                     QString(expected[i / 5][i % 5]));
+        }
+        QCOMPARE(table->columnDescription(4).simplified(), QString("Current Value"));
     }
 
 private:
-    static QString u(const char *text) { return QString::fromUtf8(text); }
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (event->type() == QEvent::ChildAdded && QApplication::overrideCursor())
+            cursorAtTool = QApplication::overrideCursor()->shape();
+        return false;
+    }
 
+    Qt::CursorShape cursorAtTool = Qt::ArrowCursor;
     TrialRoot root;
 };
 

@@ -29,7 +29,7 @@ constexpr char pencilIconPath[] = "/usr/share/icons/kiro-icons/16x16/pencil.png"
 constexpr int LeastHeight = 150; // of the rows, in pixels
 constexpr int ExtraWidth = 40;   // room for the frame and a scroll bar
 constexpr int CodeDigits = 3;
-constexpr int ValueShare = 3;    // of the screen's width a value gets a third at most
+constexpr int ValueShare = 3; // of the screen's width a value gets a third at most
 
 bool isLeftOut(const DhcpOption &option, ViewMode_t mode)
 {
@@ -178,11 +178,12 @@ void DhcpTable::addCells(int row, DhcpOption &option, bool requested)
     setItem(row, RequestedColumn, requestedCell(option, requested));
 
     const QString code = QStringLiteral("%1").arg(option.code, CodeDigits, 10, QLatin1Char('0'));
-    setItem(row, CodeColumn, option.linuxPredefined
-                ? makeCell(code, rowFlags, looks->predefinedCode)
-                : makeCell(code, rowFlags | Qt::ItemIsSelectable | Qt::ItemIsEditable, looks->code));
-    setItem(row, NameColumn, makeCell(option.localizedText(QString(), option.names), rowFlags,
-                                      option.standardOption ? looks->name : looks->extensionName));
+    setItem(row, CodeColumn,
+            option.linuxPredefined ? makeCell(code, rowFlags, looks->predefinedCode)
+                                   : makeCell(code, rowFlags | Qt::ItemIsSelectable | Qt::ItemIsEditable, looks->code));
+    setItem(row, NameColumn,
+            makeCell(option.localizedText(QString(), option.names), rowFlags,
+                     option.standardOption ? looks->name : looks->extensionName));
     setItem(row, InfoColumn, makeCell(QString(), Qt::ItemIsSelectable | Qt::ItemIsEnabled, looks->info));
     setItem(row, ValueColumn, makeCell(option.currentValue, rowFlags, looks->value));
     setItem(row, KeyColumn, new QTableWidgetItem(option.linuxName));

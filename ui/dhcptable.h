@@ -83,7 +83,7 @@ private:
     QList<DhcpOption *> options;
     VGui *gui;
     VWidgetContainer *container;
-    QHash<QString, VCheckBox *> checkBoxes;          ///< by client name; owned by the page
+    QHash<QString, VCheckBox *> checkBoxes; ///< by client name; owned by the page
     QHash<QString, DhcpOption *> optionsByLinuxName;
     TableKeys *keys;
     QLabel *emptyHint;

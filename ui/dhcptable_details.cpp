@@ -22,9 +22,8 @@ void DhcpTable::showInfo(int row, int column)
     infoCell->setSelected(false);
 
     const quint32 shownCode = codeCell->text().toUInt(nullptr, 10);
-    const auto option = std::find_if(options.cbegin(), options.cend(), [shownCode](const DhcpOption *candidate) {
-        return candidate->code == shownCode;
-    });
+    const auto option = std::find_if(options.cbegin(), options.cend(),
+                                     [shownCode](const DhcpOption *candidate) { return candidate->code == shownCode; });
     if (option == options.cend())
         return;
     const DhcpOption &shown = **option;

@@ -71,8 +71,8 @@ void DhcpTable::refreshValues()
             setSortingEnabled(false);
             sortingSuspended = true;
         }
-        // A cell that has been sorted is searched for in the whole table when it is written; one that is put in
-        // anew is not.
+        // A write to a cell that has been sorted searches the whole table for it; taking it out and putting it back
+        // does not.
         QTableWidgetItem *valueCell = takeItem(row, ValueColumn);
         valueCell->setText(option->currentValue);
         setItem(row, ValueColumn, valueCell);
@@ -88,8 +88,7 @@ void DhcpTable::applyOptions(bool force)
         DhcpOption *option = optionAt(row);
         if (!option || option->dhcpClass == Managed || option->dhcpClass == AlwaysOff)
             continue;
-        const bool requested = option->dhcpClass == AlwaysOn
-            || item(row, RequestedColumn)->checkState() == Qt::Checked;
+        const bool requested = option->dhcpClass == AlwaysOn || item(row, RequestedColumn)->checkState() == Qt::Checked;
         if (!force && requested == option->appliedRequested && option->code == option->appliedCode)
             continue;
         if (option->applyToClient(requested))

@@ -58,13 +58,13 @@ MainWindow::MainWindow(const QList<DhcpOption *> &options, bool forceApply, QWid
     viewSelector->setMinimumWidth(viewSelector->fontMetrics().averageCharWidth() * SelectorCharacters);
     panel->prependStretch(StretchBeforeButtons);
     panel->prependWidget(viewSelector);
-    // On Linux a combo box tells a screen reader its current text for its name, and has its purpose told by the
-    // label that belongs to it. There is no room for one, so it stays hidden.
+    // On Linux a combo box gives a screen reader its current text as its name; its purpose comes from its label. There
+    // is no room for one, so it stays hidden.
     auto *viewLabel = new QLabel(viewSelector->accessibleName(), panel);
     viewLabel->setBuddy(viewSelector);
     viewLabel->hide();
-    connect(viewSelector, QOverload<int>::of(&QComboBox::currentIndexChanged),
-            table, QOverload<int>::of(&DhcpTable::changeViewMode));
+    connect(viewSelector, QOverload<int>::of(&QComboBox::currentIndexChanged), table,
+            QOverload<int>::of(&DhcpTable::changeViewMode));
 
     tableLayout = new QVBoxLayout;
     tableLayout->setContentsMargins(0, 0, 0, 0);

@@ -2,11 +2,7 @@
 
 #include <QTableWidget>
 
-OptionCell::OptionCell(const QString &text, const CellLooks *looks)
-    : QTableWidgetItem(text, UserType)
-    , looks(looks)
-{
-}
+OptionCell::OptionCell(const QString &text, const CellLooks *looks) : QTableWidgetItem(text, UserType), looks(looks) {}
 
 QVariant OptionCell::data(int role) const
 {

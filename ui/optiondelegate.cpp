@@ -17,8 +17,7 @@ constexpr int ToolTipChunk = 60;
 QColor mixed(const QColor &first, const QColor &second, qreal firstShare)
 {
     const auto mix = [firstShare](int a, int b) { return qRound(a * firstShare + b * (1 - firstShare)); };
-    return QColor(mix(first.red(), second.red()), mix(first.green(), second.green()),
-                  mix(first.blue(), second.blue()));
+    return QColor(mix(first.red(), second.red()), mix(first.green(), second.green()), mix(first.blue(), second.blue()));
 }
 
 /// Escaped, since it comes from the network, and breakable where it has no blanks.

@@ -5,8 +5,8 @@
 
 /// Paints the cells of the option table.
 ///
-/// Most options are not requested, and their disabled cells are read to choose among them: their text keeps a contrast of
-/// 4.5:1. The current row is tinted, so that it is found again without the focus. A value reads from left to right,
+/// Most options are not requested, and their disabled cells are read to choose among them: their text keeps a contrast
+/// of 4.5:1. The current row is tinted, so that it is found again without the focus. A value reads from left to right,
 /// whatever the layout. Text that does not fit shows whole in a tooltip.
 class OptionDelegate : public QStyledItemDelegate
 {

@@ -14,10 +14,7 @@ constexpr int FieldCharacters = 28;
 
 } // namespace
 
-RowFinder::RowFinder(QTableWidget *table)
-    : QObject(table)
-    , table(table)
-    , field(new QLineEdit(table))
+RowFinder::RowFinder(QTableWidget *table) : QObject(table), table(table), field(new QLineEdit(table))
 {
     field->hide();
     field->setPlaceholderText(tr("Find"));
@@ -134,10 +131,11 @@ void RowFinder::findInField(int from, int step)
 {
     const QString wanted = field->text();
     const bool matched = wanted.isEmpty() || find(from, step, [&](int row) {
-        return text(row, NameColumn).contains(wanted, Qt::CaseInsensitive)
-            || text(row, KeyColumn).contains(wanted, Qt::CaseInsensitive)
-            || text(row, CodeColumn).startsWith(wanted) || table->item(row, CodeColumn)->text().startsWith(wanted);
-    });
+                             return text(row, NameColumn).contains(wanted, Qt::CaseInsensitive)
+                                    || text(row, KeyColumn).contains(wanted, Qt::CaseInsensitive)
+                                    || text(row, CodeColumn).startsWith(wanted)
+                                    || table->item(row, CodeColumn)->text().startsWith(wanted);
+                         });
     QPalette palette;
     if (!matched) {
         palette.setColor(QPalette::Base, Qt::darkRed);

@@ -14,8 +14,8 @@ class QTableWidget;
 ///
 /// Letters typed in the table find the next row whose name begins with them, digits the row of that code, except
 /// in a code cell that can be edited, where digits begin an edit. Ctrl+F opens a field over the table's corner: it
-/// finds what is typed there anywhere in a name or the client's name, or at the beginning of a code; Enter and the arrow
-/// keys go on to further rows, Escape closes it.
+/// finds what is typed there anywhere in a name or the client's name, or at the beginning of a code; Enter and the
+/// arrow keys go on to further rows, Escape closes it.
 class RowFinder : public QObject
 {
     Q_OBJECT

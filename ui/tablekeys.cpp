@@ -10,9 +10,7 @@
 #include <QMenu>
 #include <QTableWidget>
 
-TableKeys::TableKeys(QTableWidget *table)
-    : QObject(table)
-    , table(table)
+TableKeys::TableKeys(QTableWidget *table) : QObject(table), table(table)
 {
     table->installEventFilter(this);
     table->viewport()->installEventFilter(this);
@@ -26,7 +24,7 @@ bool TableKeys::isUsable(int row, int column) const
 {
     const QTableWidgetItem *cell = table->item(row, column);
     return cell && cell->flags().testFlag(Qt::ItemIsEnabled) && !table->isRowHidden(row)
-        && !table->isColumnHidden(column);
+           && !table->isColumnHidden(column);
 }
 
 void TableKeys::goToRow(int row)
@@ -72,8 +70,8 @@ bool TableKeys::handleKey(const QKeyEvent &event)
     if (row < 0 || table->isRowHidden(row))
         return false;
     const Qt::KeyboardModifiers modifiers = event.modifiers() & ~Qt::KeypadModifier;
-    const bool isInfoKey = event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter
-        || event.key() == Qt::Key_Space || event.key() == Qt::Key_Select;
+    const bool isInfoKey = event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter || event.key() == Qt::Key_Space
+                           || event.key() == Qt::Key_Select;
     if (modifiers == Qt::NoModifier && (event.key() == Qt::Key_F1 || (column == InfoColumn && isInfoKey))) {
         // A key that is held down asks once.
         if (!event.isAutoRepeat())
@@ -96,7 +94,7 @@ void TableKeys::sortByCurrentColumn()
     const QHeaderView *header = table->horizontalHeader();
     const int column = table->currentColumn();
     const bool isAscending = header->sortIndicatorSection() == column
-        && header->sortIndicatorOrder() == Qt::AscendingOrder;
+                             && header->sortIndicatorOrder() == Qt::AscendingOrder;
     table->sortByColumn(column, isAscending ? Qt::DescendingOrder : Qt::AscendingOrder);
 }
 
@@ -120,6 +118,8 @@ void TableKeys::openMenu(int row, const QPoint &position)
     connect(menu->addAction(tr("Copy &Name")), &QAction::triggered, this, [this, row] { copy(row, NameColumn); });
     QAction *details = menu->addAction(tr("&Details"));
     details->setShortcut(Qt::Key_F1);
-    connect(details, &QAction::triggered, this, [this, row] { emit infoRequested(row, InfoColumn); });
+    // Once the menu is gone, since the box keeps the signal's sender waiting.
+    connect(
+        details, &QAction::triggered, this, [this, row] { emit infoRequested(row, InfoColumn); }, Qt::QueuedConnection);
     menu->popup(position);
 }

@@ -7,9 +7,7 @@
 class UpdatesOff
 {
 public:
-    explicit UpdatesOff(QWidget *widget)
-        : widget(widget)
-        , wereOn(widget->updatesEnabled())
+    explicit UpdatesOff(QWidget *widget) : widget(widget), wereOn(widget->updatesEnabled())
     {
         widget->setUpdatesEnabled(false);
     }

@@ -10,8 +10,7 @@ const QLatin1String False("0");
 
 } // namespace
 
-VCheckBox::VCheckBox(VGui *gui, const QString &key)
-    : VWidget(gui, key)
+VCheckBox::VCheckBox(VGui *gui, const QString &key) : VWidget(gui, key)
 {
     QString value;
     VorkanClient().get(key, value, _RegEntryParam(), QString());

@@ -1,7 +1,3 @@
 #include "vgui.h"
 
-VGui::VGui(const QString &path, QWidget *parent)
-    : QObject(parent)
-    , path(path)
-{
-}
+VGui::VGui(const QString &path, QWidget *parent) : QObject(parent), path(path) {}

@@ -2,8 +2,4 @@
 
 #include "vgui.h"
 
-VWidget::VWidget(VGui *gui, const QString &key)
-    : QObject(gui)
-    , key(key)
-{
-}
+VWidget::VWidget(VGui *gui, const QString &key) : QObject(gui), key(key) {}

@@ -3,10 +3,7 @@
 #include "vorkanclient.h"
 #include "vwidget.h"
 
-VWidgetContainer::VWidgetContainer(QObject *parent)
-    : QObject(parent)
-{
-}
+VWidgetContainer::VWidgetContainer(QObject *parent) : QObject(parent) {}
 
 void VWidgetContainer::addWidget(VWidget *widget)
 {
