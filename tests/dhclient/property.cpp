@@ -235,9 +235,20 @@ struct Counts
     std::atomic<unsigned> started, sound, changed, noted, refused, wrong;
 };
 
-/// Does a trial and says what is wrong, if anything. The report gets all that was seen.
-std::string judge(const RealClient &client, const std::string &tool, const Trial &trial, Counts &counts,
-                  std::string &report)
+/// What came of a trial.
+struct Outcome
+{
+    std::string report;
+    RealClient::Heard before, after;
+    std::map<std::string, Edit> done; ///< the last edit of each option
+    std::set<std::string> noted;      ///< options
+
+    bool isSound() const { return before.complaints.empty(); }
+};
+
+/// Does a trial; returns what the tool did wrong, if anything.
+std::string carryOut(const RealClient &client, const std::string &tool, const Trial &trial, Counts &counts,
+                     Outcome &outcome)
 {
     const std::string conf = client.directory + "/etc/dhcp/dhclient.conf";
     const auto file = [&conf] { // the text, and what changes when it is written again
@@ -245,7 +256,6 @@ std::string judge(const RealClient &client, const std::string &tool, const Trial
         stat(conf.c_str(), &status);
         return std::make_pair(Posix::readFile(conf, 1 << 20).value_or("no file"), status.st_ino);
     };
-    bool noted = false;
     const auto call = [&](const Edit &edit) {
         const std::string command = "'" + tool + "'" + edit.arguments;
         FILE *pipe = popen(("KIRO_DHCP_MGR_ROOT='" + client.directory + "' " + command + " 2>&1").c_str(), "r");
@@ -253,82 +263,90 @@ std::string judge(const RealClient &client, const std::string &tool, const Trial
         for (int c = 0; pipe && (c = std::fgetc(pipe)) != EOF;)
             said += static_cast<char>(c);
         const int status = pipe ? pclose(pipe) : -1;
-        noted = noted || said.find("kiro-dhclient-edit: note: ") != std::string::npos;
-        report += command + "\n" + said + "status " + std::to_string(WEXITSTATUS(status)) + '\n';
+        if (said.find("kiro-dhclient-edit: note: ") != std::string::npos)
+            outcome.noted.insert(edit.name);
+        outcome.report += command + "\n" + said + "status " + std::to_string(WEXITSTATUS(status)) + '\n';
         return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     };
 
-    report = "=== OLD\n" + trial.text + '\n';
+    outcome.report = "=== OLD\n" + trial.text + '\n';
     for (const auto &[path, text] : trial.included) {
         Posix::replaceFile(path, text, Posix::Replacement::Cached);
-        report += "=== " + path + '\n' + text + '\n';
+        outcome.report += "=== " + path + '\n' + text + '\n';
     }
-    // The tool may say that no request has an effect there.
-    const bool ownList = report.find("dhcp-parameter-request-list") != std::string::npos;
     Posix::replaceFile(conf, trial.text, Posix::Replacement::Cached);
-    const RealClient::Heard before = client.run(conf);
-    const bool sound = before.complaints.empty();
-    report += before.complaints + "\n=== COMMANDS\n";
-    std::map<std::string, Edit> done; // the last of each option
+    outcome.before = client.run(conf);
+    outcome.report += outcome.before.complaints + "\n=== COMMANDS\n";
     for (const Edit &edit : trial.edits) {
         const auto old = file();
         const int status = call(edit);
         const auto edited = file();
-        if (status != 0) {
-            ++counts.refused;
-            if ((status != 1 && status != 2) || edited != old)
-                return "refused in a wrong way";
-            if (sound && !(status == 2 && ownList))
-                return "a sound file is refused";
+        if (status == 0) {
+            outcome.done.insert_or_assign(edit.name, edit);
+            if (call(edit) != 0 || file() != edited)
+                return "the same again is refused, or writes again";
             continue;
         }
-        done.insert_or_assign(edit.name, edit);
-        if (call(edit) != 0 || file() != edited)
-            return "the same again is refused, or writes again";
+        if ((status != 1 && status != 2) || edited != old)
+            return "refused in a wrong way";
+        if (outcome.isSound())
+            return "a sound file is refused";
+        ++counts.refused;
     }
     const bool changed = file().first != trial.text;
-    RealClient::Heard after = changed ? client.run(conf) : before;
-    report += "=== NEW\n" + file().first + '\n' + after.complaints + '\n';
-    counts.sound += sound;
+    outcome.after = changed ? client.run(conf) : outcome.before;
+    outcome.report += "=== NEW\n" + file().first + '\n' + outcome.after.complaints + '\n';
+    counts.sound += outcome.isSound();
     counts.changed += changed;
-    counts.noted += noted;
+    counts.noted += !outcome.noted.empty();
+    return outcome.isSound() && !outcome.after.complaints.empty() ? "the client complains of the edited file" : "";
+}
 
+/// Holds what the client requests on one interface before and after against each other; returns what is wrong.
+std::string compare(const std::string &interface, const Trial &trial, Outcome &outcome)
+{
+    const auto codesOf = [&interface](const RealClient::Heard &heard) {
+        const auto codes = heard.requested.find(interface);
+        return codes == heard.requested.end() ? std::set<int>()
+                                              : std::set<int>(codes->second.begin(), codes->second.end());
+    };
+    const std::set<int> old = codesOf(outcome.before), now = codesOf(outcome.after);
     std::map<int, int> owners; // how many names a code has; nobody sees on the wire which of them is requested
     for (const auto &[name, codes] : trial.codes) {
         for (const int code : codes)
             ++owners[code];
     }
-    std::string wrong = sound && !after.complaints.empty() ? "the client complains of the edited file" : "";
-    for (const auto &[interface, sent] : before.requested) {
-        const std::set<int> old(sent.begin(), sent.end());
-        const std::set<int> now(after.requested[interface].begin(), after.requested[interface].end());
-        std::set<int> touched, wanted;
-        for (const auto &[name, edit] : done) {
-            const std::set<int> &own = trial.codes.at(name);
-            const auto isIn = [&](const std::set<int> &list) {
-                return std::any_of(own.begin(), own.end(), [&](int c) { return owners[c] == 1 && list.count(c); });
-            };
-            touched.insert(own.begin(), own.end());
-            if (edit.requested)
-                wanted.insert(edit.code);
-            if (edit.requested && isIn(old) && !isIn(now) && owners[edit.code] == 1)
-                wrong = interface + " no longer requests " + name;
-        }
-        std::string expected = "EXPECTED " + interface + ':', got = "GOT      " + interface + ':';
-        for (int code = 1; code < 255; ++code) {
-            const bool kept = old.count(code) && !touched.count(code);
-            const bool expects = wanted.count(code) || kept;
-            expected += expects ? ' ' + std::to_string(code) : "";
-            got += now.count(code) ? ' ' + std::to_string(code) : "";
-            if (expects == now.count(code) || (!expects && owners[code] > 1 && touched.count(code)))
-                continue;
-            if (kept)
-                wrong = interface + " no longer requests " + std::to_string(code);
-            else if (sound && !(noted && touched.count(code)))
-                wrong = interface + " is wrong in " + std::to_string(code) + ", and no note says why";
-        }
-        report += expected + '\n' + got + '\n';
+    std::string wrong;
+    std::set<int> touched, wanted, excused;
+    bool repairs = false; // lists that the client dropped for an unknown name take effect when it is declared
+    for (const auto &[name, edit] : outcome.done) {
+        const std::set<int> &own = trial.codes.at(name);
+        const auto isIn = [&](const std::set<int> &list) {
+            return std::any_of(own.begin(), own.end(), [&](int c) { return owners[c] == 1 && list.count(c); });
+        };
+        touched.insert(own.begin(), own.end());
+        if (outcome.noted.count(name))
+            excused.insert(own.begin(), own.end());
+        if (edit.requested)
+            wanted.insert(edit.code);
+        if (edit.requested && isIn(old) && !isIn(now) && owners[edit.code] == 1)
+            wrong = interface + " no longer requests " + name;
+        repairs = repairs || outcome.before.complaints.find("no option named " + name) != std::string::npos;
     }
+    std::string expected = "EXPECTED " + interface + ':', got = "GOT      " + interface + ':';
+    for (int code = 1; code < 255; ++code) {
+        const bool kept = old.count(code) && !touched.count(code);
+        const bool expects = wanted.count(code) || kept;
+        expected += expects ? ' ' + std::to_string(code) : "";
+        got += now.count(code) ? ' ' + std::to_string(code) : "";
+        if (expects == now.count(code) || (!expects && owners[code] > 1 && touched.count(code)))
+            continue;
+        if (kept && !repairs)
+            wrong = interface + " no longer requests " + std::to_string(code);
+        else if (outcome.isSound() && !excused.count(code))
+            wrong = interface + " is wrong in " + std::to_string(code) + ", and no note says why";
+    }
+    outcome.report += expected + '\n' + got + '\n';
     return wrong;
 }
 
@@ -341,15 +359,20 @@ void work(const std::string &tool, unsigned files, unsigned seed, Counts &counts
     std::filesystem::create_directory(client.directory + "/tmp");
     std::filesystem::create_directory_symlink(client.directory, client.directory + client.directory);
     for (unsigned number = counts.started++; number < files; number = counts.started++) {
-        std::string report, wrong;
+        const Trial trial(seed + number, options, client.directory);
+        Outcome outcome;
+        std::string wrong;
         try {
-            wrong = judge(client, tool, Trial(seed + number, options, client.directory), counts, report);
+            wrong = carryOut(client, tool, trial, counts, outcome);
+            for (const char *interface : {"eth0", "wlan0", "eth1"})
+                wrong = wrong.empty() ? compare(interface, trial, outcome) : wrong;
         } catch (const std::exception &error) {
             wrong = error.what();
         }
         counts.wrong += !wrong.empty();
         if (files == 1 || (!wrong.empty() && counts.wrong <= 10))
-            std::cout << "\n====== seed " + std::to_string(seed + number) + ": " + wrong + '\n' + report << std::flush;
+            std::cout << "\n====== seed " + std::to_string(seed + number) + ": " + wrong + '\n' + outcome.report
+                      << std::flush;
     }
 }
 
