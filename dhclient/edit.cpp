@@ -153,8 +153,11 @@ void declareInTime(Draft &draft, const std::string &name, const std::string &id)
     const std::vector<std::size_t> places = reading.declarations(id);
     if (knownCode(id) != 0 || places.empty() || places.front() < reading.firstUse(id))
         return;
-    const Statement &last = *reading.steps()[places.back()].statement;
-    declare(draft, {name, id, last.code, last.value});
+    const auto own = std::find_if(places.rbegin(), places.rend(), [&reading](std::size_t place) {
+        return !reading.steps()[place].included;
+    });
+    const Statement &model = *reading.steps()[own == places.rend() ? places.back() : *own].statement;
+    declare(draft, {name, id, model.code, model.value});
 }
 
 // Out of every list of the edited file.
@@ -169,6 +172,15 @@ void unlist(Draft &draft, const Option &option)
             draft.removeName(place, static_cast<std::size_t>(name - names.begin()));
         else
             ++place;
+    }
+}
+
+void unlistEverywhere(Draft &draft, const Option &option, const std::string &name)
+{
+    unlist(draft, option);
+    for (const Step &step : draft.reading().steps()) {
+        if (step.included && isList(step) && option.isIn(step))
+            draft.note(fileName(step) + " still lists \"" + name + '"');
     }
 }
 
@@ -244,7 +256,7 @@ void request(Draft &draft, const Option &option, const std::string &name)
 
 void requestNoMore(Draft &draft, const Option &option, const std::string &name)
 {
-    unlist(draft, option);
+    unlistEverywhere(draft, option, name);
     const std::vector<Context> &contexts = draft.reading().contexts();
     const bool isBuiltIn = std::find(std::begin(BuiltInRequests), std::end(BuiltInRequests), option.id)
         != std::end(BuiltInRequests);
@@ -252,10 +264,6 @@ void requestNoMore(Draft &draft, const Option &option, const std::string &name)
         std::vector<std::string_view> others;
         std::remove_copy(std::begin(BuiltInRequests), std::end(BuiltInRequests), std::back_inserter(others), option.id);
         draft.addList(requestStatement(others, lineEnd(draft.text())));
-    }
-    for (const Step &step : draft.reading().steps()) {
-        if (step.included && isList(step) && option.isIn(step))
-            draft.note(fileName(step) + " still lists \"" + name + '"');
     }
 }
 
@@ -288,7 +296,7 @@ void undeclare(Draft &draft, const NewOption &unwanted)
         unlist(draft, {unwanted.id, 0});
     const Option option{unwanted.id, unwanted.code};
     if (othersWithCode(draft.reading(), option).empty())
-        unlist(draft, {std::string(), unwanted.code}); // it may be listed by number
+        unlistEverywhere(draft, {std::string(), unwanted.code}, unwanted.name); // it may be listed by number
     const std::vector<std::size_t> places = draft.reading().declarations(unwanted.id);
     for (auto place = places.rbegin(); place != places.rend(); ++place) {
         const Step &step = draft.reading().steps()[*place];
