@@ -5,13 +5,13 @@
 #include "dhcptable.h"
 #include "mainwindow.h"
 #include "trial.h"
+#include "vapplyokcancelpanel.h"
 
 #include <QApplication>
 #include <QComboBox>
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
-#include <QPushButton>
 
 #include <memory>
 
@@ -36,7 +36,7 @@ public:
     };
 
     /// From here on, the edit tool and the client of the root only record how they were called.
-    WindowTrial(const TrialRoot &root, const QList<Definition> &definitions, bool force = false)
+    WindowTrial(const TrialRoot &root, const QList<Definition> &definitions, bool force = false) : root(root)
     {
         root.installRecorder("/usr/sbin/kiro-dhclient-edit");
         root.installRecorder("/usr/sbin/dhclient");
@@ -51,6 +51,7 @@ public:
         window = std::make_unique<MainWindow>(options, force);
         table = window->optionTable();
         selector = window->findChild<QComboBox *>();
+        panel = window->findChild<VApplyOkCancelPanel *>();
     }
 
     void show()
@@ -72,16 +73,6 @@ public:
     }
 
     QTableWidgetItem *cell(const QString &linuxName, int column) const { return table->item(row(linuxName), column); }
-
-    QStringList visibleNames() const
-    {
-        QStringList names;
-        for (int row = 0; row < table->rowCount(); ++row) {
-            if (!table->isRowHidden(row))
-                names << table->item(row, KeyColumn)->text();
-        }
-        return names;
-    }
 
     void click(int row, int column) const
     {
@@ -113,16 +104,15 @@ public:
         return true;
     }
 
-    QPushButton *button(const QString &text) const
+    /// Waits for so many calls of the tool and the client.
+    QStringList recorded(int count) const
     {
-        for (QPushButton *candidate : window->findChildren<QPushButton *>()) {
-            if (candidate->text() == text)
-                return candidate;
-        }
-        return nullptr;
+        eventually([&] { return root.recorded().count() >= count; });
+        return root.recorded();
     }
 
 private:
+    const TrialRoot &root;
     QObject records;
 
 public:
@@ -130,6 +120,7 @@ public:
     std::unique_ptr<MainWindow> window;
     DhcpTable *table = nullptr;
     QComboBox *selector = nullptr;
+    VApplyOkCancelPanel *panel = nullptr;
 };
 
 #endif

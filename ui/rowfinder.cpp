@@ -6,6 +6,7 @@
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QLineEdit>
+#include <QShortcut>
 #include <QTableWidget>
 
 namespace {
@@ -22,6 +23,8 @@ RowFinder::RowFinder(QTableWidget *table) : QObject(table), table(table), field(
     field->setClearButtonEnabled(true);
     field->installEventFilter(this);
     table->installEventFilter(this);
+    // From anywhere in the window
+    connect(new QShortcut(QKeySequence::Find, table), &QShortcut::activated, this, &RowFinder::openField);
     connect(field, &QLineEdit::textEdited, this, [this] { findInField(this->table->currentRow(), 1); });
 }
 
@@ -49,10 +52,6 @@ bool RowFinder::eventFilter(QObject *watched, QEvent *event)
 
 bool RowFinder::handleTableKey(const QKeyEvent &event)
 {
-    if (event.matches(QKeySequence::Find)) {
-        openField();
-        return true;
-    }
     const Qt::KeyboardModifiers others = Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier;
     const QChar first = event.text().isEmpty() ? QChar() : event.text().at(0);
     if ((event.modifiers() & others) || !first.isLetterOrNumber())
