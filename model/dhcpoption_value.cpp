@@ -14,7 +14,6 @@
 #include <cerrno>
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -25,18 +24,8 @@ constexpr char SecondVariableDirectory[] = "/var/lib/dhcp3/vars/eth1";
 /// No DHCP message is longer, however its values are written. Longer files are read up to here.
 constexpr int MaximumSize = 64 * 1024;
 
-QByteArray readStart(int file)
-{
-    struct stat status = {};
-    QByteArray content(MaximumSize, Qt::Uninitialized);
-    const bool isRegular = ::fstat(file, &status) == 0 && S_ISREG(status.st_mode);
-    const ssize_t size = isRegular ? ::read(file, content.data(), MaximumSize) : 0;
-    content.truncate(static_cast<int>(std::max<ssize_t>(size, 0)));
-    return content;
-}
-
 /// The content of the option's variable file: the first readable one, under the name with dashes or as it is. Empty
-/// without one, and where it is no regular file.
+/// without one.
 QByteArray readVariableFile(const QString &linuxName)
 {
     const QByteArray name = QFile::encodeName(linuxName);
@@ -49,8 +38,12 @@ QByteArray readVariableFile(const QString &linuxName)
             // end of a pipe.
             const std::string path = directory + candidate.constData();
             const Posix::Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-            if (file)
-                return readStart(file.get());
+            if (file) {
+                QByteArray content(MaximumSize, Qt::Uninitialized);
+                const ssize_t size = ::read(file.get(), content.data(), MaximumSize);
+                content.truncate(static_cast<int>(std::max<ssize_t>(size, 0)));
+                return content;
+            }
             // With any other error the file is readable, but cannot be opened.
             if (errno != ENOENT && errno != ENOTDIR && errno != EACCES && errno != ELOOP && errno != ENAMETOOLONG)
                 return {};

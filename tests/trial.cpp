@@ -1,7 +1,6 @@
 #include "trial.h"
 
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 #include <QProcess>
 
@@ -16,15 +15,10 @@ TrialRoot::TrialRoot()
 
 void TrialRoot::write(const QString &fixedPath, const QByteArray &content) const
 {
-    QDir().mkpath(QFileInfo(path(fixedPath)).path());
     QFile file(path(fixedPath));
+    QDir().mkpath(QFileInfo(file).path());
     if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
         qFatal("cannot write %s", qUtf8Printable(file.fileName()));
-}
-
-void TrialRoot::remove(const QString &fixedPath) const
-{
-    QFile::remove(path(fixedPath));
 }
 
 QString TrialRoot::define(const QString &fileName, const QByteArray &elements) const
@@ -36,9 +30,8 @@ QString TrialRoot::define(const QString &fileName, const QByteArray &elements) c
 
 QString TrialRoot::define(const QString &linuxName, int code, const QByteArray &more) const
 {
-    const QByteArray name = linuxName.toUtf8();
-    return define(linuxName + ".xml", "<code>" + QByteArray::number(code) + "</code><linux-name>" + name
-                                          + "</linux-name><name>Name of " + name + "</name>" + more);
+    const QString elements = "<code>%2</code><linux-name>%1</linux-name><name>Name of %1</name>";
+    return define(linuxName + ".xml", elements.arg(linuxName).arg(code).toUtf8() + more);
 }
 
 void TrialRoot::setValue(const QString &fileName, const QByteArray &content) const
@@ -78,7 +71,13 @@ void TrialRoot::presetRegistry(const QString &entries) const
         + entries);
 }
 
-int countDescriptors()
+void addRows(const char *table)
 {
-    return QDir("/proc/self/fd").entryList(QDir::Files | QDir::System).count();
+    QTest::addColumn<QStringList>("cells");
+    for (const QString &line : QString::fromUtf8(table).split('\n', Qt::SkipEmptyParts)) {
+        QStringList cells = QString(' ' + line.trimmed().replace("\\n", "\n") + ' ').split(" ; ");
+        cells.first().remove(0, 1);
+        cells.last().chop(1);
+        QTest::newRow(qUtf8Printable(line.trimmed())) << cells;
+    }
 }

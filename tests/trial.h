@@ -1,9 +1,7 @@
 #ifndef TRIAL_H
 #define TRIAL_H
 
-#include <QByteArray>
-#include <QString>
-#include <QStringList>
+#include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -18,7 +16,7 @@ public:
 
     QString path(const QString &fixedPath) const { return directory.path() + fixedPath; }
     void write(const QString &fixedPath, const QByteArray &content) const;
-    void remove(const QString &fixedPath) const;
+    void remove(const QString &fixedPath) const { QFile::remove(path(fixedPath)); }
 
     /// Writes a definition file of the directory that the program scans; returns its path.
     QString define(const QString &fileName, const QByteArray &elements) const;
@@ -45,15 +43,16 @@ private:
 extern const QByteArray Custom;
 extern const QByteArray Predefined;
 
+/// Adds a data row for each line of the table; the test fetches its "cells", which stand between " ; ". "\n" is a line
+/// break in a cell.
+void addRows(const char *table);
+
 /// Waits, for as long as a busy machine may need, until the condition holds.
 template <typename Condition>
 bool eventually(Condition condition)
 {
     return QTest::qWaitFor(condition, 60000);
 }
-
-/// The process's open descriptors.
-int countDescriptors();
 
 /// What goes to standard error while it lives.
 class CapturedErrors

