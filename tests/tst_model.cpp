@@ -176,7 +176,7 @@ private slots:
     {
         addRows(R"(
             x=1 ; 1
-            # a=b\n\n   \n no\n  x=a=b \nx=2 ; a=b  ;
+            \n # a=b\n\n   \n no\n  x=a=b \nx=2 ; a=b  ;
             # only\n\nno assignment\n ; N/A
             x= ;
             x=\qq\q ; q

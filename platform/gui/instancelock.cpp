@@ -33,7 +33,7 @@ InstanceLock::State InstanceLock::acquire(bool asksToShow)
 {
     sockaddr_un address = {};
     address.sun_family = AF_UNIX;
-    name.copy(address.sun_path + 1, sizeof(address.sun_path) - 1); // behind a null byte: an abstract name
+    name.copy(address.sun_path + 1, sizeof(address.sun_path) - 1); // after a null byte: an abstract name
     const auto *generic = reinterpret_cast<const sockaddr *>(&address);
     const auto size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + 1 + name.size());
 
