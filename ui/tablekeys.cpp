@@ -31,7 +31,7 @@ void TableKeys::goToRow(int row)
 {
     for (int column = 0; column < table->columnCount(); ++column) {
         if (isUsable(row, column)) {
-            table->setCurrentCell(row, column, QItemSelectionModel::NoUpdate);
+            table->setCurrentCell(row, column, QItemSelectionModel::Clear);
             return;
         }
     }
