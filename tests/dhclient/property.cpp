@@ -100,11 +100,26 @@ const std::map<std::string, std::vector<const char *>> Grammar = {
       "  renew 2 2000/1/1 00:00:01;\n  expire 2 2000/1/1 00:00:01;\n}",
       "send dhcp-parameter-request-list 1, 3, 42;"}},
     {"fault",
-     {"supersede interface-mtu \"x\";", "send host-name;", "timeout x;", "frobnicate 5;", "timeout 5",
-      "supersede no-such-option \"x\";", "request routers ntp-servers;", "also request no-such-option;",
-      "option corp-odd code 300 = text;", "option corp-odd code 201 = nonsense;", "interface \"eth0\" {", "}",
-      "request", "request routers,;", "supersede domain-name \"x;", "lease { nonsense; }", "if exists { }",
-      "option routers code;", "prepend domain-name-servers \"x\" {;"}}};
+     {"supersede interface-mtu \"x\";",
+      "send host-name;",
+      "timeout x;",
+      "frobnicate 5;",
+      "timeout 5",
+      "supersede no-such-option \"x\";",
+      "request routers ntp-servers;",
+      "also request no-such-option;",
+      "option corp-odd code 300 = text;",
+      "option corp-odd code 201 = nonsense;",
+      "interface \"eth0\" {",
+      "}",
+      "request",
+      "request routers,;",
+      "supersede domain-name \"x;",
+      "lease { nonsense; }",
+      "if exists { }",
+      "option routers code;",
+      "include \"/no/such/file\";",
+      "prepend domain-name-servers \"x\" {;"}}};
 
 /// One call of the edit tool as the program makes it.
 struct Edit
@@ -147,6 +162,7 @@ public:
 
     std::string text;
     std::map<std::string, std::string> included; ///< by path
+    std::vector<std::string> untouchable;        ///< statements and comments, perhaps of an included file
     std::vector<Edit> edits;
     std::map<std::string, std::set<int>> codes; ///< that definitions, declarations and edits give a name
 
@@ -194,6 +210,8 @@ private:
             text.replace(begin, length, replacement);
             begin += replacement.size();
         }
+        if (symbol == "setting" || symbol == "keyword" || symbol == "comment" || symbol == "top")
+            untouchable.push_back(text);
         return text;
     }
 
@@ -258,7 +276,8 @@ std::string carryOut(const RealClient &client, const std::string &tool, const Tr
     };
     const auto call = [&](const Edit &edit) {
         const std::string command = "'" + tool + "'" + edit.arguments;
-        FILE *pipe = popen(("KIRO_DHCP_MGR_ROOT='" + client.directory + "' " + command + " 2>&1").c_str(), "r");
+        FILE *pipe = popen(("KIRO_DHCP_MGR_ROOT='" + client.directory + "' timeout 20 " + command + " 2>&1").c_str(),
+                           "r");
         std::string said;
         for (int c = 0; pipe && (c = std::fgetc(pipe)) != EOF;)
             said += static_cast<char>(c);
@@ -293,9 +312,14 @@ std::string carryOut(const RealClient &client, const std::string &tool, const Tr
             return "a sound file is refused";
         ++counts.refused;
     }
-    const bool changed = file().first != trial.text;
+    const std::string text = file().first;
+    const bool changed = text != trial.text;
     outcome.after = changed ? client.run(conf) : outcome.before;
-    outcome.report += "=== NEW\n" + file().first + '\n' + outcome.after.complaints + '\n';
+    outcome.report += "=== NEW\n" + text + '\n' + outcome.after.complaints + '\n';
+    for (const std::string &statement : trial.untouchable) {
+        if (trial.text.find(statement) != std::string::npos && text.find(statement) == std::string::npos)
+            return "changes " + statement;
+    }
     counts.sound += outcome.isSound();
     counts.changed += changed;
     counts.noted += !outcome.noted.empty();
