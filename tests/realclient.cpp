@@ -82,7 +82,7 @@ RealClient::Heard RealClient::run(const std::string &configuration) const
     }
     kill(client, SIGKILL);
     waitpid(client, nullptr, 0);
-    const std::string said = Posix::readFile(directory + "/errors", 1 << 20).value_or("");
+    const std::string said = Posix::readFile(directory + "/errors", 1 << 24).value_or("");
     const std::size_t first = said.find(directory);
     if (ended.si_pid != 0)
         heard.complaints = "ended\n" + said;
