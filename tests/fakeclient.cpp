@@ -1,7 +1,6 @@
-// A process that the exit hook takes for a DHCP client or for the running program, whatever its name and arguments.
-// Variables say what it does: FAKE_LOCK is a file to hold the program's lock on, FAKE_CATCH the milliseconds until it
-// catches SIGHUP; with FAKE_FORK it works in a child, and the parent waits as a client's does. It prints its number,
-// and "hangup" for each signal.
+// A process that the exit hook takes for a DHCP client or for the running program, by its name and arguments. It prints
+// its number. With the variable FAKE_FORK it is a child whose parent waits, as a client's does until it has bound. With
+// FAKE_LOCK it is the program: it holds a lock on that file, soon catches SIGHUP, and prints "hangup" for each.
 
 #include <fcntl.h>
 #include <signal.h>
@@ -13,22 +12,23 @@
 
 int main()
 {
-    if (const char *path = std::getenv("FAKE_LOCK")) {
-        struct flock lock = {};
-        lock.l_type = F_WRLCK;
-        if (::fcntl(::open(path, O_RDWR | O_CREAT, 0600), F_SETLK, &lock) != 0)
-            return 2;
-    }
     if (std::getenv("FAKE_FORK") && ::fork() > 0)
         ::pause();
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    ::prctl(PR_SET_NAME, "fake) Z (1 2)");
+    const char *lockFile = std::getenv("FAKE_LOCK");
+    if (lockFile) {
+        struct flock lock = {};
+        lock.l_type = F_WRLCK;
+        ::fcntl(::open(lockFile, O_RDWR), F_SETLK, &lock);
+    }
     std::printf("%d\n", ::getpid());
     std::fflush(stdout);
-    if (const char *delay = std::getenv("FAKE_CATCH")) {
-        ::usleep(static_cast<useconds_t>(std::atoi(delay)) * 1000);
+    if (lockFile) {
+        ::usleep(200'000);
         ::signal(SIGHUP, [](int) {
             if (::write(STDOUT_FILENO, "hangup\n", 7) < 0)
-                ::_exit(3);
+                ::_exit(1);
         });
     }
     for (;;)

@@ -32,9 +32,8 @@ const std::string Prefix = "new_";
 
 bool isOptionName(const std::string &name)
 {
-    return !name.empty() && name.size() <= 200 && std::isalnum(static_cast<unsigned char>(name.front()))
-           && std::all_of(name.begin(), name.end(),
-                          [](unsigned char c) { return std::isalnum(c) || c == '_' || c == '-'; })
+    return !name.empty() && std::isalnum(static_cast<unsigned char>(name.front()))
+           && std::all_of(name.begin(), name.end(), [](unsigned char c) { return std::isalnum(c) || c == '_'; })
            && std::find(std::begin(NotOptions), std::end(NotOptions), name) == std::end(NotOptions);
 }
 
@@ -80,11 +79,9 @@ LeaseEvent LeaseEvent::fromEnvironment(const std::string &environment)
         }
     }
 
-    const auto isSpace = [](unsigned char c) { return std::isspace(c); };
     const auto found = std::find_if(std::begin(Reasons), std::end(Reasons),
                                     [&](const auto &known) { return known.first == reason; });
-    if (found == std::end(Reasons) || event.interface.empty()
-        || std::any_of(event.interface.begin(), event.interface.end(), isSpace))
+    if (found == std::end(Reasons) || event.interface.empty())
         throw std::runtime_error("the environment of the script holds no event of a DHCP client");
     event.kind = found->second;
     // The script tries a remembered lease, and removes the address again when no router answers.

@@ -20,7 +20,7 @@ struct LeaseEvent
     static LeaseEvent fromEnvironment(const std::string &environment);
 
     Kind kind = Kind::Lost;
-    std::string interface; ///< one word
+    std::string interface; ///< not empty; the kernel gives no interface a name with blanks
     pid_t pid = 0;         ///< the client's; 0 when it gave none
     /// The received options: file name (the option's name with dashes) and text to show. None in a lost lease.
     std::map<std::string, std::string> options;

@@ -46,7 +46,7 @@ pid_t Procfs::parsePid(std::string_view text)
 {
     pid_t pid = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), pid);
-    return error == std::errc() && end == text.data() + text.size() && pid > 1 ? pid : 0;
+    return error == std::errc() && end == text.data() + text.size() ? pid : 0;
 }
 
 std::string Procfs::read(pid_t pid, const char *file)

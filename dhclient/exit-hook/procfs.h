@@ -16,7 +16,7 @@ bool isOurs();
 /// Changes at each boot.
 std::string bootId();
 
-/// The number that the whole text is; 0 if it is none, or none of a process other than the first.
+/// The number that the whole text is; 0 if it is none.
 pid_t parsePid(std::string_view text);
 
 /// A file of the process's directory.
