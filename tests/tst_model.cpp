@@ -51,7 +51,11 @@ class TestModel : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase() { root.installRecorder("/usr/sbin/kiro-dhclient-edit"); }
+    void initTestCase()
+    {
+        root.installRecorder("/usr/sbin/kiro-dhclient-edit");
+        root.presetRegistry("('x', 0, '')");
+    }
 
     /// Element, words that are accepted, with what the record holds then if it is another text, and refused ones.
     void words_data()
@@ -148,28 +152,23 @@ private slots:
         QCOMPARE(DhcpOption(QString(), nullptr).localizedText(cells.at(0), texts), cells.at(1));
     }
 
-    void setCode()
+    void storedCode_data()
     {
-        DhcpOption option(QString(), nullptr);
-        for (const QString text : {"1", "255", "007", "0", "256", "", "12a", "-1", "0x10", "4294967297"}) {
-            const bool isAccepted = text == "1" || text == "255" || text == "007";
-            QCOMPARE(option.setCode(text), isAccepted);
-            QCOMPARE(option.code, isAccepted ? text.toUInt() : 7);
-        }
+        addRows(R"(
+            210 ; 210
+            300 ; 300
+             ; 200
+            0xD2 ; 200
+            211 ; 200 ; <linux-predefined>yes</linux-predefined>)");
     }
 
     void storedCode()
     {
-        const QString entries =
-            "('root/DHCP/Code_a', 7, '210'), ('root/DHCP/Code_b', 7, '300'), ('root/DHCP/Code_c', 7,"
-            " '0xD2'), ('root/DHCP/Code_d', 7, ''), ('root/DHCP/Code_e', 7, '210')";
-        root.presetRegistry(entries);
-        quint32 expected[] = {210, 300, 200, 200, 200};
-        for (int i = 0; i < 5; ++i) {
-            const DhcpOption option(root.define(QString(QChar('a' + i)), 200, i == 4 ? Predefined : Custom), nullptr);
-            QCOMPARE(option.code, expected[i]);
-            QCOMPARE(option.appliedCode, expected[i]);
-        }
+        QFETCH(QStringList, cells);
+        root.sql(QString("REPLACE INTO entry VALUES('root/DHCP/Code_stored', 7, '%1')").arg(cells.at(0)));
+        const DhcpOption option(root.define("stored", 200, Custom + cells.value(2).toUtf8()), nullptr);
+        QCOMPARE(QString::number(option.code), cells.at(1));
+        QCOMPARE(option.appliedCode, option.code);
     }
 
     void currentValue_data()

@@ -56,7 +56,7 @@ private slots:
     {
         addRows(R"(
             --apply ; DISPLAY=:4711 QT_QPA_PLATFORMTHEME=gtk3 QT_STYLE_OVERRIDE=none ;
-            --show-all x --update --apply ; QT_QPA_PLATFORM=xcb ;
+            --show-all x --update ; QT_QPA_PLATFORM=xcb ;
             --Apply --apply=yes -apply ; DISPLAY=:4711 ; could not connect to display :4711
              ; QT_QPA_PLATFORM=none ; Could not find the Qt platform plugin 'none' in '')");
     }

@@ -106,24 +106,6 @@ private slots:
         QVERIFY(isStored);
     }
 
-    void viewWhileHeld()
-    {
-        root->presetRegistry("('a', 7, '')");
-        RegistryStore other(path);
-        other.setPatience(std::chrono::milliseconds(20));
-        other.set("a", "2");
-        store->holdView();
-        store->holdView();
-        QVERIFY(store->find("a"));
-        store->releaseView();
-        QVERIFY2(!other.commit(), "the view is held");
-        QVERIFY2(store->set("a", "1") && store->commit(), "a commit of its own ends the view");
-        QVERIFY(store->find("a"));
-        store->releaseView();
-        QVERIFY(other.commit());
-        QCOMPARE(store->find("a")->value, "2");
-    }
-
     void replacedWhileOpen()
     {
         root->presetRegistry("('a', 7, '')");
