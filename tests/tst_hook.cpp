@@ -297,8 +297,7 @@ private slots:
 
     void refresh()
     {
-        root->write("/run/kiro-dhcp-mgr.lock", QByteArray());
-        FakeClient window("window", {"FAKE_LOCK=" + root->path("/run/kiro-dhcp-mgr.lock")});
+        FakeClient window("window", {"FAKE_WINDOW=1"});
         for (const char *reason : {"BOUND", "EXPIRE"}) {
             run(reason, "eth0", {});
             QVERIFY(window.waitForReadyRead(Patience));

@@ -4,35 +4,36 @@
 #include "posix.h"
 #include "procfs.h"
 
-#include <fcntl.h>
 #include <signal.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 namespace {
 
-/// The process that holds the lock of the program's only instance; 0 if there is none.
-pid_t lockHolder(const Posix::Descriptor &lockFile)
+/// The process that is the user's running instance of the program; 0 if there is none, or none that can be known, as in
+/// another process namespace.
+pid_t runningInstance()
 {
-    struct flock lock = {};
-    lock.l_type = F_WRLCK;
-    lock.l_whence = SEEK_SET;
-    // The kernel gives no number for a holder in another process namespace.
-    if (::fcntl(lockFile.get(), F_GETLK, &lock) != 0 || lock.l_pid < 0)
-        return 0;
-    return lock.l_pid; // left as it was if there is no lock
+    const Paths::InstanceSocket instance = Paths::instanceSocket("kiro-dhcp-mgr");
+    const Posix::Descriptor connection(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    ucred peer = {};
+    socklen_t size = sizeof(peer);
+    const bool isOurs =
+        ::connect(connection.get(), reinterpret_cast<const sockaddr *>(&instance.address), instance.size) == 0
+        && ::getsockopt(connection.get(), SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0
+        && peer.uid == ::geteuid(); // anybody may take any name
+    return isOurs ? peer.pid : 0;
 }
 
 } // namespace
 
 void refreshWindow()
 {
-    const Posix::Descriptor lockFile(
-        ::open(Paths::resolve("/run/kiro-dhcp-mgr.lock").c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
     // A program that is still loading would die of the signal, but may have read the old values already.
     for (int attempt = 0; attempt < 150; ++attempt) {
-        const pid_t pid = lockHolder(lockFile);
+        const pid_t pid = runningInstance();
         if (pid == 0 || Procfs::signalIf(pid, SIGHUP, [&] {
-                return lockHolder(lockFile) == pid && Procfs::catchesSignal(pid, SIGHUP);
+                return runningInstance() == pid && Procfs::catchesSignal(pid, SIGHUP);
             }))
             return;
         ::usleep(20'000);

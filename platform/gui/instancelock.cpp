@@ -3,10 +3,8 @@
 #include "paths.h"
 
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -23,27 +21,20 @@ ucred peerOf(int socket)
 
 } // namespace
 
-InstanceLock::InstanceLock(const std::string &programName) : name(programName + '-' + std::to_string(::geteuid()))
-{
-    if (Paths::hasRoot())
-        name += '-' + std::to_string(std::hash<std::string>()(Paths::resolve("")));
-}
+InstanceLock::InstanceLock(const std::string &program) : program(program) {}
 
 InstanceLock::State InstanceLock::acquire(bool asksToShow)
 {
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    name.copy(address.sun_path + 1, sizeof(address.sun_path) - 1); // after a null byte: an abstract name
-    const auto *generic = reinterpret_cast<const sockaddr *>(&address);
-    const auto size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + 1 + name.size());
+    const Paths::InstanceSocket own = Paths::instanceSocket(program);
+    const auto *address = reinterpret_cast<const sockaddr *>(&own.address);
 
     for (int attempt = 0; attempt < 100; ++attempt) {
         Posix::Descriptor candidate(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-        if (::bind(candidate.get(), generic, size) == 0 && ::listen(candidate.get(), SOMAXCONN) == 0) {
+        if (::bind(candidate.get(), address, own.size) == 0 && ::listen(candidate.get(), SOMAXCONN) == 0) {
             socket = std::move(candidate);
             return State::Acquired;
         }
-        if (errno == EADDRINUSE && ::connect(candidate.get(), generic, size) == 0) {
+        if (errno == EADDRINUSE && ::connect(candidate.get(), address, own.size) == 0) {
             const ucred peer = peerOf(candidate.get());
             if (peer.uid != ::geteuid()) {
                 errno = EPERM; // anybody may take any name
@@ -58,7 +49,7 @@ InstanceLock::State InstanceLock::acquire(bool asksToShow)
             break;
         ::usleep(20000); // the holder has bound but does not listen yet, or has just ended
     }
-    reason = "socket @" + name + ": " + std::strerror(errno);
+    reason = "socket @" + std::string(own.address.sun_path + 1) + ": " + std::strerror(errno);
     return State::Failed;
 }
 

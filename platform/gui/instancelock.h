@@ -20,7 +20,7 @@ public:
         Failed ///< error() says why
     };
 
-    explicit InstanceLock(const std::string &programName);
+    explicit InstanceLock(const std::string &program);
 
     /// `asksToShow` lets the holder, if there is one, know that the user wants to see it.
     State acquire(bool asksToShow);
@@ -37,7 +37,7 @@ private:
     InstanceLock(const InstanceLock &) = delete;
     InstanceLock &operator=(const InstanceLock &) = delete;
 
-    std::string name;
+    std::string program;
     std::string reason;
     pid_t holderPid = 0;
     Posix::Descriptor socket;
