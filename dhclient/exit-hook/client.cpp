@@ -70,7 +70,7 @@ void Client::endEarlierOnes(const std::vector<Client> &spared) const
     };
     for (const auto &entry : std::filesystem::directory_iterator("/proc")) {
         const pid_t other = Procfs::parsePid(entry.path().filename().string());
-        if (other != 0)
+        if (other != 0 && isOurs(other))
             Procfs::signalIf(other, SIGKILL, [&] { return isEarlier(Client(other)); });
     }
 }
