@@ -272,17 +272,16 @@ private slots:
     /// The keyboard always has a cell to start from, and never one that is not shown.
     void keyboardCell()
     {
-        WindowTrial trial(
-            root, {{"fixed", 1, Predefined + classOf("always-on")}, {"known", 2, Predefined}, {"custom", 200, Custom}});
-        trial.selector->setCurrentIndex(ShowAll);
+        WindowTrial trial(root, {{"fixed", 1, Custom + classOf("always-on")}, {"known", 2, Predefined}});
         trial.show();
         QVERIFY(trial.table->currentRow() == 0 && trial.table->currentColumn() == 1); // the first cell is disabled
+        trial.table->changeViewMode(ShowAll);
         trial.table->setCurrentCell(1, RequestedColumn);
         trial.table->changeViewMode(ShowCustom);
-        QCOMPARE(trial.table->currentRow(), 2);
-        for (const Qt::SortOrder order : {Qt::AscendingOrder, Qt::DescendingOrder}) {
+        QVERIFY(trial.table->currentRow() == 0 && trial.table->currentColumn() == 1);
+        for (const Qt::SortOrder order : {Qt::DescendingOrder, Qt::AscendingOrder}) {
             trial.key(Qt::Key_S, Qt::ControlModifier);
-            QCOMPARE(trial.table->horizontalHeader()->sortIndicatorSection(), 0);
+            QCOMPARE(trial.table->horizontalHeader()->sortIndicatorSection(), 1);
             QCOMPARE(trial.table->horizontalHeader()->sortIndicatorOrder(), order);
         }
     }
@@ -401,16 +400,15 @@ private slots:
         WindowTrial trial(root, {{"spoken", 200, Custom}, {"fixed", 201, Predefined + classOf("always-off")}});
         trial.selector->setCurrentIndex(ShowAll);
         auto *table = QAccessible::queryAccessibleInterface(trial.table)->tableInterface();
-        const char *expected[][5] = {{"Requested: Spoken|", "DHCP Code: 200|Editable", "Name: Spoken|", "Info: Spoken|",
-                                      "Current Value: N/A|"},
-                                     {"Requested: Never|Disabled", "DHCP Code: 201|Disabled", "Name: Fixed|Disabled",
-                                      "Info: Fixed|", "Current Value: N/A|Disabled"}};
-        for (int i = 0; i < 10; ++i) {
-            QAccessibleInterface *cell = table->cellAt(i / 5, i % 5);
-            QCOMPARE(QString(cell->text(QAccessible::Name) + '|' + cell->text(QAccessible::Description)),
-                     QString(expected[i / 5][i % 5]));
+        QString spoken;
+        for (const int index : {0, 1, 4, 5, 7, 8}) {
+            QAccessibleInterface *cell = table->cellAt(index / 5, index % 5);
+            spoken += cell->text(QAccessible::Name) + '|' + cell->text(QAccessible::Description) + '\n';
         }
-        QCOMPARE(table->columnDescription(4).simplified(), QString("Current Value"));
+        QCOMPARE(spoken, QString("Requested: Spoken|\nDHCP Code: 200|Editable\nCurrent Value: N/A|\n"
+                                 "Requested: Never|Disabled\nName: Fixed|Disabled\nInfo: Fixed|\n"));
+        QCOMPARE(trial.table->horizontalHeaderItem(ValueColumn)->data(Qt::AccessibleTextRole).toString(),
+                 QString("Current Value"));
     }
 
 private:
