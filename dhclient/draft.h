@@ -10,7 +10,7 @@
 
 namespace DhclientConf {
 
-/// A text in the course of its edits, read again only after it changed.
+/// A text while it is edited. It is read again only after a change.
 class Draft
 {
 public:

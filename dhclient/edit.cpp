@@ -72,7 +72,7 @@ std::string readName(std::string_view text)
 {
     std::string id = parseName(text);
     if (id.empty())
-        throw Error(Error::Command, quoted(text) + " is no option name");
+        throw Error(Error::Command, quoted(text) + " is not an option name");
     return id;
 }
 
@@ -86,10 +86,10 @@ NewOption readNewOption(std::string_view text)
     const auto [end, error] = std::from_chars(code.data(), code.data() + code.size(), result.code);
     if (error != std::errc() || end != code.data() + code.size() || code.front() == '0' || result.code < 1
         || result.code > 254)
-        throw Error(Error::Command, quoted(code) + " is no option code from 1 to 254 in " + whole);
+        throw Error(Error::Command, quoted(code) + " is not an option code from 1 to 254, in " + whole);
     result.type = normalisedType(text);
     if (result.type.empty())
-        throw Error(Error::Command, quoted(text) + " is no option type in " + whole);
+        throw Error(Error::Command, quoted(text) + " is not an option type, in " + whole);
     return result;
 }
 
@@ -146,7 +146,7 @@ void declare(Draft &draft, const NewOption &wanted)
     draft.change(std::move(text));
 }
 
-// Requested by name, the option must be declared before; where the file or an included one does so too late, once more.
+// An option that is requested by name must be declared before. If it is declared too late, it is declared once more.
 void declareInTime(Draft &draft, const std::string &name, const std::string &id)
 {
     const Reading &reading = draft.reading();
@@ -160,7 +160,7 @@ void declareInTime(Draft &draft, const std::string &name, const std::string &id)
     declare(draft, {name, id, model.code, model.value});
 }
 
-// Out of every list of the edited file.
+// Removes the option from every list of the edited file.
 void unlist(Draft &draft, const Option &option)
 {
     for (std::size_t place = 0; place < draft.reading().steps().size();) {
@@ -184,7 +184,7 @@ void unlistEverywhere(Draft &draft, const Option &option, const std::string &nam
     }
 }
 
-// The client sends a name by number or not by where the declaration stands (measured).
+// Whether the client sends an option that is listed by number depends on where it is declared (measured).
 void nameNumbers(Draft &draft, const Option &option, const std::string &name)
 {
     for (std::size_t place = 0; place < draft.reading().steps().size(); ++place) {
@@ -350,10 +350,10 @@ std::vector<Edit> readCommands(const std::vector<Command> &commands)
         const std::string &id = edit.option.id;
         const bool adds = command.kind == Command::AddRequest || command.kind == Command::AddNewOption;
         if (adds && id.find('.') != std::string::npos)
-            throw Error(Error::Command, quoted(edit.option.name) + " belongs to another option space than DHCPv4's");
+            throw Error(Error::Command, quoted(edit.option.name) + " belongs to an option space other than DHCPv4's");
         // The client reads such names as numbers, and "option space" starts another statement.
         if (adds && (id == "space" || id.compare(0, 8, "unknown-") == 0))
-            throw Error(Error::Command, quoted(edit.option.name) + " is no option name");
+            throw Error(Error::Command, quoted(edit.option.name) + " is not an option name");
         edits.push_back(std::move(edit));
     }
     return edits;

@@ -6,7 +6,7 @@
 
 namespace DhclientConf {
 
-/// Why an edit is not done; nothing is to be written. what() is one line without its end.
+/// Why an edit is refused; nothing may be written. what() is one line without its end.
 class Error : public std::runtime_error
 {
 public:

@@ -4,7 +4,7 @@
 #include <string_view>
 
 /// What isc-dhcp-client 4.4.3-P1 knows of DHCPv4 without any declaration: generated from the definitions that are marked
-/// as predefined, each of which is asked of the client by the tests.
+/// as predefined, each of which the tests check with the client.
 namespace DhclientConf {
 
 /// What the client requests where no request statement says otherwise (dhclient.conf(5); in the order of its option

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-// Single edits of a text. Each takes the text and a statement that was read from this very text, and returns the new
+// Single edits of a text. Each takes the text and a statement that was read from this same text, and returns the new
 // text; what is added follows the lines, the indentation and the line ends around it.
 
 namespace DhclientConf {

@@ -44,12 +44,12 @@ void print(int descriptor, const std::string &text)
     try {
         Posix::writeAll(descriptor, text, "output");
     } catch (const std::exception &) {
-        // Nobody is left to read it.
+        // Nobody reads it any more.
     }
 }
 
-// The program that calls the tool reads neither its output nor its status, so the system log has it too. A trial root
-// is none of the system's business.
+// The program that calls the tool reads neither its output nor its status, so the system log has it too, but
+// not from below a trial root.
 void report(int priority, const std::string &line)
 {
     print(STDERR_FILENO, "kiro-dhclient-edit: " + line + '\n');
@@ -87,7 +87,7 @@ std::string followed(std::string path)
 
 std::optional<std::string> readIncluded(const std::string &path)
 {
-    // Relative paths are relative to wherever the client starts; nobody can know.
+    // Relative paths are relative to wherever the client starts, which is unknown.
     if (path.empty() || path.front() != '/' || path.find('\0') != std::string::npos)
         return std::nullopt;
     try {
@@ -97,8 +97,8 @@ std::optional<std::string> readIncluded(const std::string &path)
     }
 }
 
-/// Waits until no other run edits the file. The lock stands beside the file, which is replaced; it stays there, since to
-/// remove it would let two runs in, and only its owner may open it, so that nobody else can hold it.
+/// Waits until no other run edits the file. The lock is a file beside it, since the file itself is replaced. The lock
+/// stays there: removing it could let two runs in. Only its owner may open it, so that nobody else can hold it.
 Posix::Descriptor locked(const std::string &target)
 {
     const std::size_t name = target.rfind('/') + 1;
@@ -128,7 +128,7 @@ int run(const std::vector<Command> &commands)
         Result result = editFile(target, commands, changed);
         if (changed) {
             const Posix::Descriptor lock = locked(target);
-            // Another run may have been faster.
+            // Another run may have edited it first.
             result = editFile(target, commands, changed);
             if (changed)
                 Posix::replaceFile(target, result.text, Posix::Replacement::Durable);
@@ -148,7 +148,7 @@ int run(const std::vector<Command> &commands)
 
 int main(int argc, char *argv[])
 {
-    // Its caller may be gone before it has written all.
+    // The caller may exit before everything is written.
     std::signal(SIGPIPE, SIG_IGN);
     static constexpr std::pair<std::string_view, Command::Kind> kinds[] = {
         {"--add-request", Command::AddRequest}, {"--del-request", Command::DelRequest},

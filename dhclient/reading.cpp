@@ -9,7 +9,7 @@ namespace DhclientConf {
 
 namespace {
 
-// The client knows no bound and exhausts its own stack; files that include themselves end here.
+// The client has no limit and exhausts its stack; files that include themselves end here.
 constexpr int DeepestInclude = 8;
 constexpr std::size_t MostFiles = 100;
 
@@ -63,7 +63,7 @@ void Reading::readList(const Step &list, std::size_t context)
         if (name.id.find('.') != std::string::npos || knownCode(name.id) != 0 || numberedCode(name.id) != 0
             || declaredCodes.count(name.id) != 0)
             continue;
-        std::string reason = "no option is called \"" + name.id + "\" here";
+        std::string reason = "unknown option \"" + name.id + '"';
         if (list.included)
             reason = "in \"" + *list.included + "\", line " + std::to_string(name.line) + ": " + reason;
         allFaults.push_back({std::move(reason), list.included ? line : name.line});

@@ -16,7 +16,7 @@ namespace DhclientConf {
 /// Gives the content of an included file by the path that the configuration names, nothing if it can't be read.
 using Reader = std::function<std::optional<std::string>(const std::string &path)>;
 
-/// A statement where the client comes across it.
+/// A statement at the place where the client reads it.
 struct Step
 {
     const Statement *statement;
@@ -36,7 +36,7 @@ struct Context
     bool isBuiltIn() const { return lists.empty() || lists.front().statement->also; }
 };
 
-/// A list with a name that nobody knows where it stands: the client drops it whole.
+/// A list with a name that is unknown where it stands: the client drops it whole.
 struct Fault
 {
     std::string reason;

@@ -128,7 +128,7 @@ Name Parser::name()
     return result;
 }
 
-// A list with a fault in it is dropped whole by the client: that one is no opaque statement.
+// The client drops a list with a fault in it whole, so it must not pass as an opaque statement.
 bool Parser::list(Statement &result)
 {
     const Parser start = *this;
@@ -255,8 +255,8 @@ public:
     }
 
 private:
-    // The client writes a record down in up to 128 letters and forgets the option otherwise (measured); nobody's has
-    // so many fields.
+    // The client stores a record's fields as up to 128 letters and drops the option otherwise (measured). No real
+    // record is that long.
     static constexpr int MostFields = 32;
 
     bool isSign(char sign) const { return token.isSign(sign); }

@@ -34,7 +34,7 @@ struct Statement
         Declaration, ///< option NAME code N = TYPE: `names` holds the name; `value` is the type as of normalisedType(),
                      ///< empty where the client would not accept it
         Include,     ///< include "FILE": `value` is the path
-        Block        ///< interface and pseudo blocks: `value` tells which, quotes included; `body` holds the statements
+        Block        ///< interface and pseudo blocks: `value` says which, quotes included; `body` holds the statements
     };
 
     Kind kind = Opaque;
@@ -55,12 +55,12 @@ struct Statement
 };
 
 /// The statements of a configuration, in order. Throws Error for a text without structure: an open string or brace, a
-/// "}" too many, a last statement without its ";", a list that is none.
+/// "}" too many, a last statement without its ";", a broken list.
 /// `inBlock` is for a file that is included inside an interface block: only the client's top level has declarations
 /// and such blocks.
 std::vector<Statement> parse(std::string_view text, bool inBlock = false);
 
-/// The id of an option name that stands alone; empty if the text is none.
+/// The id of a text that is an option name and nothing else; empty if it is not.
 std::string parseName(std::string_view text);
 
 /// A type of dhcp-options(5), DEFINING NEW OPTIONS, in lower case with one blank between its words; empty if the text

@@ -126,10 +126,10 @@ private slots:
         broken("if exists routers {\n timeout 3;", 2, "\"}\" expected");
         broken("timeout 3;\n}", 2, "a \"}\" without its \"{\"");
         broken("timeout 3", 1, "\";\" expected");
-        broken("request routers,\n nosuch;", 2, "no option is called \"nosuch\" here");
-        broken("option foo code 200 = array of text; require foo;", 1, "no option is called \"foo\" here");
+        broken("request routers,\n nosuch;", 2, "unknown option \"nosuch\"");
+        broken("option foo code 200 = array of text; require foo;", 1, "unknown option \"foo\"");
         broken("\ninclude \"/broken.conf\";\n", 2, "in \"/broken.conf\", line 2: \";\" expected");
-        broken("include \"/unknown.conf\";", 1, "in \"/unknown.conf\", line 2: no option is called \"nosuch\" here");
+        broken("include \"/unknown.conf\";", 1, "in \"/unknown.conf\", line 2: unknown option \"nosuch\"");
         broken("interface \"e0\" { include \"/itself.conf\"; }", 1, "/itself.conf: too many files included");
         const auto wrong = [&row](const QString &command, const QString &argument, const QString &error) {
             row("request subnet-mask;\n", {"--add-request", "ntp-servers", command, argument}, 2, error);
@@ -137,14 +137,14 @@ private slots:
         for (const char *name : {"", "12", "foo\n", "routers;request", ".routers", "\"routers\"", "r\xc3\xa4", "space",
                                  "unknown-228"}) {
             const QString shown = QString::fromUtf8(name).toUtf8().replace('\n', '?').replace("\xc3\xa4", "??");
-            wrong("--add-request", name, '"' + shown + "\" is no option name");
+            wrong("--add-request", name, '"' + shown + "\" is not an option name");
         }
         wrong("--add-request", "nosuch", "cannot request \"nosuch\": neither the client nor the file knows such an option");
-        wrong("--add-new-option", "a.b 1 text", "\"a.b\" belongs to another option space than DHCPv4's");
+        wrong("--add-new-option", "a.b 1 text", "\"a.b\" belongs to an option space other than DHCPv4's");
         for (const char *code : {"0", "255", "-1", "0x10", "010", "4294967496"})
             wrong("--add-new-option", QStringLiteral("foo %1 text").arg(code),
-                  QStringLiteral("\"%1\" is no option code from 1 to 254 in \"foo %1 text\"").arg(code));
-        wrong("--add-new-option", "foo 200", "\"\" is no option type in \"foo 200\"");
+                  QStringLiteral("\"%1\" is not an option code from 1 to 254, in \"foo %1 text\"").arg(code));
+        wrong("--add-new-option", "foo 200", "\"\" is not an option type, in \"foo 200\"");
         row("request routers;", {"--add-request"}, 2, "--add-request needs an argument");
         row("request routers;", {"routers"}, 2, "unknown argument \"routers\", see --help");
     }

@@ -49,9 +49,8 @@ public:
     /// Shows the values that the client has received by now.
     void refreshValues();
 
-    /// Brings every option whose requested state or code was changed since it was last applied to the client's
-    /// configuration, every Normal and AlwaysOn option when forced, and commits stored codes. The requested
-    /// states in the registry are the container's business.
+    /// Applies every option whose requested state or code has changed since it was last applied, every Normal and
+    /// AlwaysOn option when forced, and commits stored codes. The requested states are stored by the container.
     void applyOptions(bool force);
 
 public slots:

@@ -37,7 +37,7 @@ void DhcpTable::showInfo(int row, int column)
     box.setAccessibleName(QTextDocumentFragment::fromHtml(box.text()).toPlainText());
     box.setInformativeText(details(shown, shownCode));
     box.setStandardButtons(QMessageBox::Ok);
-    // A parent would do this, and more than is wanted.
+    // A parent would do this too, but change more than that.
     QWidget *below = window();
     box.setWindowTitle(below->windowTitle());
     box.setWindowIcon(below->windowIcon());

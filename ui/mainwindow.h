@@ -21,7 +21,7 @@ class MainWindow : public QMainWindow
 
 public:
     /// Builds the window hidden, the table in its custom view. The options are not owned and must outlive the
-    /// window. `forceApply` makes every apply bring all options to the client, changed or not.
+    /// window. `forceApply` makes every apply take all options, changed or not.
     MainWindow(const QList<DhcpOption *> &options, bool forceApply, QWidget *parent = nullptr,
                Qt::WindowFlags flags = Qt::WindowFlags());
     ~MainWindow() override;
@@ -32,7 +32,7 @@ public:
     void selectView(int mode);
 
 public slots:
-    /// Stores the requested states in the registry, brings the options to the client's configuration and starts
+    /// Stores the requested states in the registry, applies the options to the client's configuration and starts
     /// the client, which reads it. Nothing waits for the client, and no failure is reported.
     void apply();
 

@@ -15,9 +15,9 @@ struct CellLooks
     QVariant icon;
 };
 
-/// A cell of the option table. Tells a screen reader what it is: its column's header, and its text or, in a cell
-/// without text, the option's name; also whether it is disabled or can be edited, which Qt's table reports in no
-/// other way. That is looked up when asked for, and the looks are shared, so that a cell costs no memory for them.
+/// A cell of the option table. It gives a screen reader its column's header and its text or, without a text, the
+/// option's name; also whether it is disabled or can be edited, which Qt's table does not report. These are looked up
+/// when asked for, and the looks are shared, so that a cell costs no memory for them.
 class OptionCell : public QTableWidgetItem
 {
     Q_DECLARE_TR_FUNCTIONS(OptionCell)

@@ -143,7 +143,7 @@ void RowFinder::findInField(int from, int step)
     field->setPalette(palette);
 }
 
-/// Looks at every row once, `from` first and from an end of the table on at the other one.
+/// Looks at every row once, from row `from` on and around the end of the table.
 bool RowFinder::find(int from, int step, const Matches &matches)
 {
     const int rows = table->rowCount();

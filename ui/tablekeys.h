@@ -14,7 +14,7 @@ class QTableWidget;
 /// not also take it for the start of an edit or for an activation.
 ///
 /// There is always a current cell to start from, and it is in the row that was clicked last: Qt by itself insists
-/// on the first cell, also where that is disabled, and passes over clicks on disabled cells.
+/// on the first cell, also where that is disabled, and ignores clicks on disabled cells.
 class TableKeys : public QObject
 {
     Q_OBJECT
@@ -23,7 +23,7 @@ public:
     /// Becomes a child of the table.
     explicit TableKeys(QTableWidget *table);
 
-    /// Moves a current cell that is none, hidden or disabled to the first one that the keyboard can work with.
+    /// Where the current cell is missing, hidden or disabled, takes the first one that the keyboard can work with.
     void ensureCurrentCell();
     /// Moves the current cell to the row's first one that is enabled; an info cell always is.
     void goToRow(int row);

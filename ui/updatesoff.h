@@ -3,7 +3,7 @@
 
 #include <QWidget>
 
-/// Holds a widget's repainting back while it lives. Hiding thousands of rows is some twenty times faster so.
+/// Suspends a widget's repainting while it lives. Hiding thousands of rows is some twenty times faster that way.
 class UpdatesOff
 {
 public:

@@ -22,7 +22,7 @@ struct Binding
 class Bindings
 {
 public:
-    /// Reads the file, which may be missing. Lines that make no sense are passed over.
+    /// Reads the file, which may be missing. Lines that make no sense are skipped.
     explicit Bindings(const std::string &path);
 
     /// Made when the interface is not known yet.

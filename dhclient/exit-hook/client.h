@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-/// A running DHCP client, told apart from every other process that ever has the same number; or nobody.
+/// A running DHCP client, distinct from every other process that ever has the same number; or nobody.
 class Client
 {
 public:

@@ -15,7 +15,7 @@ struct LeaseEvent
         Lost     ///< the interface has no lease from now on
     };
 
-    /// Takes variables as proc(5) gives them, each "NAME=VALUE" with a NUL after it. Anything else is passed over; the
+    /// Takes variables as proc(5) gives them, each "NAME=VALUE" with a NUL after it. Anything else is skipped; the
     /// last of several values of one name counts. Throws std::runtime_error when they describe no event.
     static LeaseEvent fromEnvironment(const std::string &environment);
 

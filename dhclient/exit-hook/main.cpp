@@ -22,7 +22,7 @@
 
 namespace {
 
-/// Waits until no other hook works, but not for ever: the client stands still meanwhile. The file is never removed.
+/// Waits until no other hook works, but not for ever: the client waits meanwhile. The file is never removed.
 Posix::Descriptor lock(const std::string &path)
 {
     constexpr unsigned Seconds = 300; // many hooks at once take a minute on a busy machine

@@ -21,9 +21,9 @@ QtMessageHandler defaultHandler = nullptr;
 bool isOpeningGuarded = false;
 QString firstComplaint;
 
-/// What Qt says of surroundings that are no fault: neither pkexec nor a boot unit provides the runtime directory, which
-/// nothing here uses, some platforms have no size hints, a session's manager may be another user's, and a tool that
-/// takes too long is ended on purpose.
+/// Harmless warnings of Qt's: neither pkexec nor a boot unit provides the runtime directory, which nothing here uses,
+/// some platforms have no size hints, a session's manager may be another user's, and a tool that takes too long is
+/// ended on purpose.
 bool isHarmless(const QString &message)
 {
     const auto beginnings = {"QStandardPaths: ", "This plugin does not support ",

@@ -14,7 +14,7 @@ public:
     VCheckBox(VGui *gui, const QString &key);
 
     /// The button to show or to drive, which holds the field's state. It has no parent until somebody lays it out,
-    /// so that a field which is never laid out never shows up in a window; it lives as long as the VCheckBox.
+    /// so that a field which is never laid out never appears in a window; it lives as long as the VCheckBox.
     QAbstractButton *fieldWidget() { return &button; }
 
     void store(VorkanClient &client) override;

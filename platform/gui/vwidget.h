@@ -16,8 +16,8 @@ public:
 
     const QString key;
 
-    /// Brings the field's state to its entry when it differs, making the entry when it is missing. Pending until
-    /// the client commits.
+    /// Writes the field's state to its entry if it differs, and creates a missing entry. Pending until the client
+    /// commits.
     virtual void store(VorkanClient &client) = 0;
 
 private:

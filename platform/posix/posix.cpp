@@ -99,7 +99,7 @@ void makeDirectories(const std::string &path)
     const std::string parent = parentOf(path);
     makeDirectories(parent);
     if (::mkdir(path.c_str(), 0755) == 0)
-        ::chmod(path.c_str(), 0755); // whatever the umask took away
+        ::chmod(path.c_str(), 0755); // despite the umask
     else if (errno != EEXIST)
         fail("make", path);
     flushDirectory(parent);
