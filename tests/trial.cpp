@@ -49,8 +49,8 @@ void TrialRoot::installRecorder(const QString &fixedPath, const QByteArray &befo
 QStringList TrialRoot::recorded() const
 {
     QFile file(path("/recorded"));
-    file.open(QIODevice::ReadOnly);
-    return QString::fromUtf8(file.readAll()).split('\n', Qt::SkipEmptyParts);
+    return QString::fromUtf8(file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray())
+        .split('\n', Qt::SkipEmptyParts);
 }
 
 QStringList TrialRoot::sql(const QString &statement) const

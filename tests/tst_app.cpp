@@ -7,9 +7,6 @@
 #include "sighup.h"
 #include "trial.h"
 #include "vapplication.h"
-#include "vcheckbox.h"
-#include "vgui.h"
-#include "vwidgetcontainer.h"
 
 #include <QComboBox>
 #include <QSignalSpy>
@@ -79,24 +76,9 @@ private slots:
         // The tool inherits neither this socket nor the signals'.
         root.installRecorder("/usr/sbin/kiro-dhclient-edit", "set -- $(ls -l /proc/$$/fd | grep -c socket)");
         window->optionTable()->applyOptions(true);
+        while (root.recorded().isEmpty()) // it may be slow on a busy machine
+            QTest::qSleep(10);
         QCOMPARE(root.recorded(), QStringList("kiro-dhclient-edit|0"));
-    }
-
-    void boundCheckBoxes()
-    {
-        root.sql("INSERT INTO entry VALUES('on', 10, '1'), ('odd', 10, 'x')");
-        QWidget window;
-        VWidgetContainer container(&window);
-        VGui page("p", &window);
-        for (const QString key : {"on", "odd", "missing"}) {
-            auto *box = new VCheckBox(&page, key);
-            container.addWidget(box);
-            QCOMPARE(box->fieldWidget()->isChecked(), key == "on");
-        }
-        root.sql("CREATE TRIGGER refuse UPDATE ON entry WHEN OLD.key = 'on' BEGIN SELECT RAISE(ABORT, 'equal'); END");
-        QVERIFY(container.validate());
-        QCOMPARE(root.sql("SELECT * FROM entry WHERE key IN ('missing', 'odd') ORDER BY key"),
-                 QStringList({"missing|10|0", "odd|10|0"}));
     }
 
 private:

@@ -182,7 +182,7 @@ private slots:
             x='open ; 'open
             x='mixed\q ; 'mixed\q
             x=' ;
-            x='äöü €'\r\n ; äöü €)");
+            x='äö\rü €'\r\n ; äöü €)");
     }
 
     void currentValue()
@@ -247,6 +247,8 @@ private slots:
         option.appliedCode = cells.at(2).toUInt();
         option.appliedRequested = !requested;
         QCOMPARE(option.applyToClient(requested), cells.at(3) == "1");
+        while (!isIgnored && root.recorded().isEmpty()) // it may be slow on a busy machine
+            QTest::qSleep(10);
         QCOMPARE(root.recorded(), isIgnored ? QStringList() : QStringList("kiro-dhclient-edit|" + arguments));
         QCOMPARE(QString::number(option.appliedCode), cells.at(isIgnored ? 2 : 1));
         QCOMPARE(option.appliedRequested, isIgnored != requested);
@@ -256,12 +258,9 @@ private slots:
         QCOMPARE(root.sql(stored), QStringList(cells.at(3)));
     }
 
-    void toolMissingOrSlow()
+    void slowTool()
     {
-        root.remove("/usr/sbin/kiro-dhclient-edit");
         DhcpOption option(root.define("slow", 200, Custom), nullptr);
-        option.applyToClient(true);
-        QVERIFY(option.appliedRequested);
         root.installRecorder("/usr/sbin/kiro-dhclient-edit", "exec sleep 300");
         QElapsedTimer timer;
         timer.start();

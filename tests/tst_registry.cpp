@@ -33,8 +33,11 @@ private slots:
         QVERIFY(store->commit());
         ::umask(previous);
         store->create("a", VorkanNumberType);
+        QCOMPARE(store->find("a")->value, "é");
         QVERIFY(store->commit());
         QCOMPARE(root->sql("SELECT * FROM entry"), QStringList("a|10|é"));
+        root->sql("UPDATE entry SET value = 'ü'");
+        QCOMPARE(store->find("a")->value, "ü");
         QVERIFY(file.permissions().testFlag(QFile::ReadOther) && !QFile::exists(file.fileName() + "-journal"));
     }
 
