@@ -73,7 +73,7 @@ const std::map<std::string, std::vector<const char *>> Grammar = {
     {"setting",
      {"supersede <option> <value>;", "default <option><gap><value>;", "Prepend <option> <value>;",
       "append<gap><option> <value>;"}},
-    {"text", {"\"x\"", "\"a;b}\"", "\"{ # no comment\"", "\"say \\\"x;\\\"\"", "= concat(\"a;\", \"b\")"}},
+    {"text", {"\"x\"", "\"a;b}\"", "\"{ # no comment\"", "\"say \\\"x;}\\\"\"", "= concat(\"a;\", \"b\")"}},
     {"string", {"\"x\"", "\"a;b}\""}},
     {"ip-address", {"192.0.2.1"}},
     {"array of ip-address", {"192.0.2.1", "192.0.2.1,<gap>127.0.0.1"}},
