@@ -63,10 +63,6 @@ std::vector<Statement> parse(std::string_view text, bool inBlock = false);
 /// The id of a text that is an option name and nothing else; empty if it is not.
 std::string parseName(std::string_view text);
 
-/// A type of dhcp-options(5), DEFINING NEW OPTIONS, in lower case with one blank between its words; empty if the text
-/// is not a type that the client accepts.
-std::string normalisedType(std::string_view text);
-
 } // namespace DhclientConf
 
 #endif

@@ -168,9 +168,9 @@ private slots:
         const struct { bool isType; std::vector<const char *> types; } rows[] = {
             {true, {"boolean", "integer 8", "UNSIGNED  integer 32", "signed integer 16", "ip-address", "ip6-address",
                     "text", "string", "domain-name", "domain-list compressed", "array of { ip-address, integer 8 }",
-                    "{ boolean, array of integer 32, text }", "encapsulate dhcp6"}},
+                    "{ boolean, array of integer 32, text }"}},
             {false, {"flag", "integer", "integer 64", "unsigned", "domain-name compressed", "array ip-address",
-                     "array of text", "array of domain-list", "array of array of boolean", "array of encapsulate x",
+                     "array of text", "array of domain-list", "array of array of boolean", "encapsulate dhcp", "{ encapsulate x }",
                      "{ }", "{ text, boolean }", "{ ip-address, }", "{ ip-address integer 8 }", "{ { text } }",
                      "array of { array of boolean }", "array of { ip-address, text }", "text text", "text; request"}}};
         for (const auto &row : rows) {
