@@ -295,11 +295,14 @@ private slots:
                                  {"proof", 12, Custom + Hidden},
                                  {"proxy", 121, Custom + Off}});
         trial.show();
+        trial.cell("asset", NameColumn)->setText("Inventory");
+        trial.table->sortByColumn(KeyColumn, Qt::DescendingOrder);
         auto *field = trial.table->findChild<QLineEdit *>(QString(), Qt::FindDirectChildrenOnly);
         for (const QByteArray line :
-             {"p print",   "P print",    "pro proxy",  "pp proxy",   "ppp print",    "p.p proxy",       "pr.a asset",
-              "x start",   "1 asset",    "12 print",   "121 proxy",  "0121 proxy",   "/set asset",      "/ROX proxy",
-              "/21 start", "/121 proxy", "/001 asset", "/p\r proxy", "/p\r\r print", "/set\x1b.p print"}) {
+             {"p proxy",    "P proxy",      "pr proxy",        "pri print", "pp print",   "ppp proxy",
+              "p.p print",  "pri.i asset",  "x start",         "1 asset",   "12 proxy",   "120 print",
+              "0120 print", "/set asset",   "/INV asset",      "/21 start", "/120 print", "/001 asset",
+              "/p\r print", "/p\r\r proxy", "/set\x1b.p proxy"}) {
             trial.table->setCurrentCell(trial.row("start"), RequestedColumn);
             QApplication::setKeyboardInputInterval(0);
             for (const char key : line.left(line.indexOf(' '))) {
@@ -312,6 +315,10 @@ private slots:
             const QString found = trial.table->item(trial.table->currentRow(), KeyColumn)->text();
             QCOMPARE(line.left(line.indexOf(' ') + 1) + found, QString(line));
             QCOMPARE(field->isVisible(), line.startsWith('/') && !line.contains('\x1b'));
+            if (field->isVisible()) {
+                QCOMPARE(field->palette() == QPalette(), !line.startsWith("/21"));
+                QCOMPARE(field->geometry().right(), trial.table->viewport()->geometry().right() - 1);
+            }
             trial.table->setFocus();
             QVERIFY(!field->isVisible());
         }
