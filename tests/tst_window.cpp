@@ -362,6 +362,7 @@ private slots:
             QPalette palette(base);
             palette.setColor(QPalette::Text, text);
             palette.setColor(QPalette::Base, base);
+            palette.setColor(QPalette::Disabled, QPalette::Text, base);
             trial.table->setPalette(palette);
             for (const int current : {0, 1}) {
                 trial.table->setCurrentCell(current, RequestedColumn);

@@ -13,6 +13,7 @@ constexpr qreal DisabledTextShare = 0.6; // the rest is the background
 constexpr qreal TintShare = 0.12;
 constexpr int ToolTipLength = 1000; // characters
 constexpr int ToolTipChunk = 60;
+const QChar LeftToRightMark(0x200e); // keeps numbers in their order
 
 QColor mixed(const QColor &first, const QColor &second, qreal firstShare)
 {
@@ -23,7 +24,7 @@ QColor mixed(const QColor &first, const QColor &second, qreal firstShare)
 /// Escaped, since it comes from the network, and breakable where it has no blanks.
 QString toolTipText(const QString &text)
 {
-    QString broken;
+    QString broken(LeftToRightMark);
     for (int start = 0; start < qMin(text.size(), ToolTipLength); start += ToolTipChunk)
         broken += text.mid(start, ToolTipChunk) + QChar(0x200b); // zero width space
     if (text.size() > ToolTipLength)
@@ -36,9 +37,8 @@ QString toolTipText(const QString &text)
 void OptionDelegate::initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const
 {
     QStyledItemDelegate::initStyleOption(option, index);
-    const QChar leftToRightMark(0x200e);
     if (index.column() == ValueColumn && option->direction == Qt::RightToLeft)
-        option->text = leftToRightMark + option->text + leftToRightMark;
+        option->text = LeftToRightMark + option->text + LeftToRightMark;
 }
 
 void OptionDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const
