@@ -225,7 +225,8 @@ private slots:
     {
         QFETCH(QString, own);
         QFETCH(QString, other);
-        const FakeClient owner("owner"), stranger("stranger");
+        const FakeClient owner("owner");
+        const FakeClient stranger("stranger");
         const QStringList tag = QString(QTest::currentDataTag()).split(' ');
         const QString address = tag.size() == 1 ? "127.0.0.1" : "192.0.2.9";
         for (const auto &[pid, expected] : {std::pair(stranger.pid, other), std::pair(owner.pid, own)}) {
@@ -256,7 +257,8 @@ private slots:
 
     void earlierClients()
     {
-        FakeClient plain, withPath("/usr/sbin/dhclient|-1");
+        FakeClient plain;
+        FakeClient withPath("/usr/sbin/dhclient|-1");
         FakeClient others[] = {{"dhclient|-1|-v"},  {"dhclient|-1 "},
                                {"dhclient|-1|"},    {"dhclient"},
                                {"xdhclient|-1"},    {"dhclient/x|-1"},

@@ -12,15 +12,13 @@
 
 namespace {
 
-using std::string_view_literals::operator""sv;
-
 /// Whether the program started it. What it found on the search path became the client's own name.
 bool isOurs(pid_t pid)
 {
     const std::string arguments = Procfs::read(pid, "cmdline");
     std::string_view name = arguments;
     name = name.substr(0, name.find('\0'));
-    if (std::string_view(arguments).substr(name.size()) != "\0-1\0"sv)
+    if (std::string_view(arguments).substr(name.size()) != std::string_view("\0-1\0", 4))
         return false;
     name.remove_prefix(name.rfind('/') + 1); // npos + 1 is 0
     return name == "dhclient";
