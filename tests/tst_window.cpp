@@ -122,11 +122,11 @@ private slots:
             QCOMPARE(QApplication::focusWidget(), row.at(i));
             QVERIFY(i == 0 || position(row.at(i)).x() >= position(row.at(i - 1)).x() + row.at(i - 1)->width());
         }
-        QVERIFY(position(row.at(1)).x() > 2 * row.at(0)->width()); // the stretch
+        QVERIFY(position(row.at(0)).x() < 50 && position(row.at(1)).x() > 2 * row.at(0)->width()); // the stretch
         QVERIFY(position(header).y() < position(trial.table).y());
         QVERIFY(position(trial.table).y() < position(trial.selector).y());
-        trial.window->resize(1, 1);
-        QVERIFY(trial.window->width() < 580); // the least that the table needs is enough for the row
+        QVERIFY(trial.panel->minimumSizeHint().width()
+                < trial.panel->sizeHint().width() - 20); // the selector gives way
         QCOMPARE(spokenName(trial.table), QString("DHCP options"));
         const auto purpose = QAccessible::queryAccessibleInterface(trial.selector)->relations(QAccessible::Label);
         QCOMPARE(spokenName(purpose.value(0).first->object()), QString("Options to show"));
@@ -137,7 +137,8 @@ private slots:
     {
         const auto note = [this] {
             const WindowTrial trial(root, {});
-            return trial.window->findChild<ConfigurationPageHeader *>()->findChildren<QLabel *>().at(1)->text();
+            auto *label = trial.window->findChild<ConfigurationPageHeader *>()->findChildren<QLabel *>().at(1);
+            return label->isVisibleTo(trial.window.get()) ? label->text() : QString();
         };
         QCOMPARE(note(), QString());
         root.write("/etc/dhcp", "");
