@@ -166,8 +166,8 @@ Error: linux-name repeated: 'shown'
     {
         root->presetRegistry("('root/DHCP/Req_shown', 10, '0')");
         QProcess holder;
-        holder.start("sqlite3", {root->path("/var/lib/vorkan/registry.db"), "BEGIN EXCLUSIVE", ".print locked",
-                                 ".shell sleep 11", "COMMIT"});
+        holder.start("sqlite3", {root->path("/var/lib/vorkan/registry.db"), "BEGIN EXCLUSIVE",
+                                 ".shell echo locked; sleep 11", "COMMIT"});
         holder.waitForReadyRead(-1);
         Run run("--apply");
         QCOMPARE(run.finish(), 0);
