@@ -55,7 +55,7 @@ int &prepared(int &argc, bool guardDisplay, bool light)
         qputenv("QT_QPA_PLATFORM", "minimal");
         // Some themes and styles connect to a display whatever the platform is.
         qunsetenv("QT_QPA_PLATFORMTHEME");
-        qunsetenv("QT_STYLE_OVERRIDE");
+        qputenv("QT_STYLE_OVERRIDE", "fusion"); // which is also the quickest to make
     } else if (!qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
         qputenv("QT_QPA_PLATFORM", "xcb"); // Qt's own choice complains in a Wayland session
     }
