@@ -12,12 +12,12 @@
 namespace DhclientConf {
 
 /// Leaves one declaration of the option in the edited file, with this code and type, before its first use. One that
-/// stands in time stays where it is.
+/// comes early enough stays where it is.
 void declare(Draft &draft, const NewOption &wanted);
 /// Removes the declarations of the option with that code, and the option from the lists that the client would drop
 /// for it. They stay, with a note, where another statement uses the option.
 void undeclare(Draft &draft, const NewOption &unwanted);
-/// What uses an option needs its declaration before: if all come too late, puts one above.
+/// An option must be declared before its first use: if all declarations come too late, adds one above.
 void declareInTime(Draft &draft, const std::string &name, const std::string &id);
 
 /// The ids of the other options with that code, known or declared.

@@ -19,7 +19,7 @@ bool isBlank(char c)
     return c == ' ' || c == '\t';
 }
 
-// The first word of the text, which is taken off it.
+// Removes the first word from the text and returns it.
 std::string_view firstWord(std::string_view &text)
 {
     const auto end = std::find_if(text.begin(), text.end(), isBlank);

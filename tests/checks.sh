@@ -9,7 +9,7 @@ unset KIRO_DHCP_MGR_ROOT DISPLAY WAYLAND_DISPLAY XAUTHORITY XDG_RUNTIME_DIR
 logs=()
 trap 'echo "${0##*/}: failed in line $LINENO ${BASH_LINENO[*]}: $BASH_COMMAND" >&2; tail -n 30 "${logs[@]}" >&2' ERR
 
-# REASON: tells that the check cannot run here.
+# REASON: why the check cannot run here.
 skip() {
     echo "skipped: $1"
     exit 77

@@ -26,7 +26,7 @@ public:
     RealClient(const RealClient &) = delete;
     RealClient &operator=(const RealClient &) = delete;
 
-    const std::string directory; ///< for the configuration and what it includes; goes with the object
+    const std::string directory; ///< for the configuration and what it includes; removed with the object
     std::string obstacle;        ///< why the client can't be run here; empty if it can
 
     /// Runs the client under a configuration until it has sent a packet on each interface. Throws std::runtime_error

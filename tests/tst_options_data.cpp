@@ -1,4 +1,4 @@
-// Holds the option definitions that the program is shipped with against its own reader, the edit tool and the DHCP
+// Checks the option definitions that the program is shipped with against its own reader, the edit tool and the DHCP
 // client.
 
 #include "dhcpoption.h"
@@ -97,7 +97,7 @@ private slots:
         }
     }
 
-    /// Out of the definitions the program asks for what Debian's dhclient.conf asks for, no more and no less.
+    /// With the definitions' defaults the program asks for what Debian's dhclient.conf asks for, no more and no less.
     void defaults()
     {
         QStringList requested;

@@ -43,8 +43,8 @@ std::vector<Option> definitions()
     return options;
 }
 
-/// What people write, by symbols: one of the texts stands for a symbol, and so for each symbol in it. A type's texts
-/// are values. Trial knows the symbols that are missing here.
+/// What people write, as a grammar: a symbol stands for one of its texts, and so does each symbol in that. A type's
+/// texts are values. Trial knows the symbols that are missing here.
 const std::map<std::string, std::vector<const char *>> Grammar = {
     {"file", {"<statements>", "<statements>", "<debian><statements>", "<debian>", "<statements><fault>\n<statements>"}},
     {"debian",
@@ -253,7 +253,7 @@ struct Counts
     std::atomic<unsigned> started, sound, changed, noted, refused, wrong;
 };
 
-/// What came of a trial.
+/// The result of a trial.
 struct Outcome
 {
     std::string report;
@@ -326,7 +326,7 @@ std::string carryOut(const RealClient &client, const std::string &tool, const Tr
     return outcome.isSound() && !outcome.after.complaints.empty() ? "the client complains of the edited file" : "";
 }
 
-/// Holds what the client requests on one interface before and after against each other; returns what is wrong.
+/// Compares what the client requests on one interface before and after; returns what is wrong.
 std::string compare(const std::string &interface, const Trial &trial, Outcome &outcome)
 {
     const auto codesOf = [&interface](const RealClient::Heard &heard) {
@@ -335,7 +335,7 @@ std::string compare(const std::string &interface, const Trial &trial, Outcome &o
                                               : std::set<int>(codes->second.begin(), codes->second.end());
     };
     const std::set<int> old = codesOf(outcome.before), now = codesOf(outcome.after);
-    std::map<int, int> owners; // how many names a code has; nobody sees on the wire which of them is requested
+    std::map<int, int> owners; // how many names a code has; the wire does not show which of them is requested
     for (const auto &[name, codes] : trial.codes) {
         for (const int code : codes)
             ++owners[code];
