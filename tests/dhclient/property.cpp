@@ -259,7 +259,8 @@ struct Outcome
     std::string report;
     RealClient::Heard before, after;
     std::map<std::string, Edit> done; ///< the last edit of each option
-    std::set<std::string> noted;      ///< options
+    std::set<std::string> noted;      ///< options with a note
+    std::set<std::string> dropped;    ///< options that an edit dropped, perhaps for a while
 
     bool isSound() const { return before.complaints.empty(); }
 };
@@ -302,6 +303,8 @@ std::string carryOut(const RealClient &client, const std::string &tool, const Tr
         const auto edited = file();
         if (status == 0) {
             outcome.done.insert_or_assign(edit.name, edit);
+            if (!edit.requested)
+                outcome.dropped.insert(edit.name);
             if (call(edit) != 0 || file() != edited)
                 return "the same again is refused, or writes again";
             continue;
@@ -353,7 +356,7 @@ std::string compare(const std::string &interface, const Trial &trial, Outcome &o
             excused.insert(own.begin(), own.end());
         if (edit.requested)
             wanted.insert(edit.code);
-        if (edit.requested && isIn(old) && !isIn(now) && owners[edit.code] == 1)
+        if (!outcome.dropped.count(name) && isIn(old) && !isIn(now) && owners[edit.code] == 1)
             wrong = interface + " no longer requests " + name;
         repairs = repairs || outcome.before.complaints.find("no option named " + name) != std::string::npos;
     }
