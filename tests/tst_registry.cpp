@@ -58,6 +58,7 @@ private slots:
         addRows(R"(
             file is not a database ; seq 1000 >
             Is a directory ; mkdir
+            Not a directory ; rm -r ${0%/*}; touch ${0%/*}; :
             database is locked ; :)");
     }
 
