@@ -34,9 +34,6 @@ public:
     bool isAskedToShow();
 
 private:
-    InstanceLock(const InstanceLock &) = delete;
-    InstanceLock &operator=(const InstanceLock &) = delete;
-
     std::string program;
     std::string reason;
     pid_t holderPid = 0;
