@@ -298,7 +298,9 @@ private slots:
         trial.show();
         trial.cell("asset", NameColumn)->setText("Inventory");
         trial.table->sortByColumn(KeyColumn, Qt::DescendingOrder);
+        trial.key(Qt::Key_F, Qt::ControlModifier);
         auto *field = trial.table->findChild<QLineEdit *>(QString(), Qt::FindDirectChildrenOnly);
+        trial.table->setFocus();
         for (const QByteArray line :
              {"p proxy",    "P proxy",      "pr proxy",        "pri print", "pp print",   "ppp proxy",
               "p.p print",  "pri.i asset",  "x start",         "1 asset",   "12 proxy",   "120 print",

@@ -15,17 +15,11 @@ constexpr int FieldCharacters = 28;
 
 } // namespace
 
-RowFinder::RowFinder(QTableWidget *table) : QObject(table), table(table), field(new QLineEdit(table))
+RowFinder::RowFinder(QTableWidget *table) : QObject(table), table(table)
 {
-    field->hide();
-    field->setPlaceholderText(tr("Find"));
-    field->setAccessibleName(tr("Find an option"));
-    field->setClearButtonEnabled(true);
-    field->installEventFilter(this);
     table->installEventFilter(this);
     // From anywhere in the window
     connect(new QShortcut(QKeySequence::Find, table), &QShortcut::activated, this, &RowFinder::openField);
-    connect(field, &QLineEdit::textEdited, this, [this] { findInField(this->table->currentRow(), 1); });
 }
 
 bool RowFinder::eventFilter(QObject *watched, QEvent *event)
@@ -42,7 +36,7 @@ bool RowFinder::eventFilter(QObject *watched, QEvent *event)
         return false;
     }
     case QEvent::Resize:
-        if (watched == table)
+        if (watched == table && field)
             placeField();
         return false;
     default:
@@ -90,6 +84,14 @@ void RowFinder::findTyped(const QString &text)
 
 void RowFinder::openField()
 {
+    if (!field) { // its icon takes time that the start can do without
+        field = new QLineEdit(table);
+        field->setPlaceholderText(tr("Find"));
+        field->setAccessibleName(tr("Find an option"));
+        field->setClearButtonEnabled(true);
+        field->installEventFilter(this);
+        connect(field, &QLineEdit::textEdited, this, [this] { findInField(table->currentRow(), 1); });
+    }
     placeField();
     field->show();
     field->raise();

@@ -43,7 +43,7 @@ private:
     void placeField();
 
     QTableWidget *table;
-    QLineEdit *field;
+    QLineEdit *field = nullptr;
     QString typed;
     QElapsedTimer sinceTyped;
 };
