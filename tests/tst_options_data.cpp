@@ -174,7 +174,9 @@ private slots:
         if (!client.obstacle.empty())
             QSKIP(client.obstacle.c_str());
         QVERIFY(!underClient(client, "supersede subnet-mask \"a\";\n").complaints.empty());
-        QString declarations, examples, list;
+        QString declarations;
+        QString examples;
+        QString list;
         QList<int> codes;
         for (const auto &option : options) {
             if (!option->linuxPredefined)

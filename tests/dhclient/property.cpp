@@ -24,9 +24,9 @@ constexpr unsigned Workers = 8; // the client mostly waits for the kernel
 struct Option
 {
     std::string name;
-    int code;
+    int code = 0;
     std::string type;
-    bool predefined;
+    bool predefined = false;
 };
 
 std::vector<Option> definitions()
@@ -96,8 +96,7 @@ const std::map<std::string, std::vector<const char *>> Grammar = {
       "key k { algorithm hmac-md5; secret \"abcdefgh\"; }", "zone example.org. { primary 127.0.0.1; }",
       "option space corp;\noption corp.proxy code 1 = text;\nsupersede corp.proxy \"x\";",
       "alias { interface \"eth0\"; fixed-address 192.0.2.9; option subnet-mask 255.255.255.255; }",
-      "lease {\n  interface \"eth0\";\n  fixed-address 192.0.2.5;\n  option host-name \"a;}\";\n"
-      "  renew 2 2000/1/1 00:00:01;\n  expire 2 2000/1/1 00:00:01;\n}",
+      "lease {\n interface \"eth0\"; fixed-address 192.0.2.5;\n option host-name \"a;}\"; expire epoch 1;\n}",
       "send dhcp-parameter-request-list 1, 3, 42;"}},
     {"fault",
      {"supersede interface-mtu \"x\";",
@@ -337,14 +336,17 @@ std::string compare(const std::string &interface, const Trial &trial, Outcome &o
         return codes == heard.requested.end() ? std::set<int>()
                                               : std::set<int>(codes->second.begin(), codes->second.end());
     };
-    const std::set<int> old = codesOf(outcome.before), now = codesOf(outcome.after);
+    const std::set<int> old = codesOf(outcome.before);
+    const std::set<int> now = codesOf(outcome.after);
     std::map<int, int> owners; // how many names a code has; the wire does not show which of them is requested
     for (const auto &[name, codes] : trial.codes) {
         for (const int code : codes)
             ++owners[code];
     }
     std::string wrong;
-    std::set<int> touched, wanted, excused;
+    std::set<int> touched;
+    std::set<int> wanted;
+    std::set<int> excused;
     bool repairs = false; // lists that the client dropped for an unknown name take effect when it is declared
     for (const auto &[name, edit] : outcome.done) {
         const std::set<int> &own = trial.codes.at(name);
@@ -360,7 +362,8 @@ std::string compare(const std::string &interface, const Trial &trial, Outcome &o
             wrong = interface + " no longer requests " + name;
         repairs = repairs || outcome.before.complaints.find("no option named " + name) != std::string::npos;
     }
-    std::string expected = "EXPECTED " + interface + ':', got = "GOT      " + interface + ':';
+    std::string expected = "EXPECTED " + interface + ':';
+    std::string got = "GOT      " + interface + ':';
     for (int code = 1; code < 255; ++code) {
         const bool kept = old.count(code) && !touched.count(code);
         const bool expects = wanted.count(code) || kept;
