@@ -216,7 +216,6 @@ bool Parser::block(Statement &result)
 
 void Parser::opaque(Statement &result)
 {
-    const bool braceEnds = !token.isWord("option"); // the braces of a faulty declaration's type do not
     result.sends = token.isWord("send");
     int depth = 0;
     while (!atEnd()) {
@@ -229,7 +228,7 @@ void Parser::opaque(Statement &result)
         } else if (takeSign('}')) {
             if (--depth < 0)
                 expected("\";\"");
-            if (depth == 0 && braceEnds)
+            if (depth == 0)
                 return;
         } else if (takeSign(';')) {
             if (depth == 0)

@@ -87,6 +87,8 @@ private slots:
         broken("timeout 3", 1, "\";\" expected");
         broken("request routers,\n nosuch;", 2, "unknown option \"nosuch\"");
         broken("option foo code 200 = array of text; require foo;", 1, "unknown option \"foo\"");
+        broken("interface \"e0\" { option foo code 200 = text; } request foo;", 1, "unknown option \"foo\"");
+        broken("request unknown-0;", 1, "unknown option \"unknown-0\"");
         broken("\ninclude \"/broken.conf\";\n", 2, "in \"/broken.conf\", line 2: \";\" expected");
         broken("include \"/unknown.conf\";", 1, "in \"/unknown.conf\", line 2: unknown option \"nosuch\"");
         broken("interface \"e0\" { include \"/itself.conf\"; }", 1, "/itself.conf: too many files included");
