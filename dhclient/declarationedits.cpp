@@ -11,6 +11,10 @@ namespace DhclientConf {
 
 void declare(Draft &draft, const NewOption &wanted)
 {
+    // A code of the option that goes may be what lists it.
+    const int oldCode = draft.reading().code(wanted.id);
+    if (oldCode != wanted.code && othersWithCode(draft.reading(), {wanted.id, oldCode}).empty())
+        nameNumbers(draft, {wanted.id, oldCode}, wanted.name);
     const std::vector<Step> &steps = draft.reading().steps();
     const std::vector<std::size_t> places = draft.reading().declarations(wanted.id);
     const std::size_t firstUse = draft.reading().firstUse(wanted.id);

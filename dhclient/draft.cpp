@@ -53,16 +53,25 @@ bool Draft::mayVanish(std::size_t place) const
 {
     if (place == 0)
         return true;
-    const Statement &statement = *reading().steps()[place].statement;
-    const Step &before = reading().steps()[place - 1];
+    const std::vector<Step> &steps = reading().steps();
+    const Range range = steps[place].statement->range;
+    const Step &before = steps[place - 1];
+    const std::size_t lastBegin = before.statement->range.begin;
+    const bool isAfterBlock = std::any_of(steps.begin(), steps.end(), [&](const Step &step) {
+        const Range block = step.statement->range;
+        return !step.included && step.statement->kind == Statement::Block && block.begin < lastBegin
+            && lastBegin < block.end && block.end <= range.begin;
+    });
+    if (before.included || isAfterBlock)
+        return false;
     switch (before.statement->kind) {
     case Statement::Request:
     case Statement::Require:
-        return !before.included;
+        return true;
     case Statement::Declaration:
-        return !before.included && isSoundDeclaration(*before.statement);
+        return isSoundDeclaration(*before.statement);
     case Statement::Block:
-        return statement.range.end < before.statement->range.end; // the first statement in it
+        return range.end < before.statement->range.end; // the first statement in it
     case Statement::Include:
     case Statement::Opaque:
         break;
