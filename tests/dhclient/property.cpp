@@ -11,6 +11,7 @@
 #include <iostream>
 #include <random>
 #include <set>
+#include <sstream>
 
 #include <sys/mman.h>
 #include <sys/stat.h>
@@ -43,82 +44,27 @@ std::vector<Option> definitions()
     return options;
 }
 
-/// What people write, as a grammar: a symbol stands for one of its texts, and so does each symbol in that. A type's
-/// texts are values. Trial knows the symbols that are missing here.
-const std::map<std::string, std::vector<const char *>> Grammar = {
-    {"file", {"<statements>", "<statements>", "<debian><statements>", "<debian>", "<statements><fault>\n<statements>"}},
-    {"debian",
-     {"# Configuration file for /sbin/dhclient.\n#\n#\tSee the client's man page; it's \"long\".\n\n"
-      "option rfc3442-classless-static-routes code 121 = array of unsigned integer 8;\n\n"
-      "send host-name = gethostname();\nrequest subnet-mask, broadcast-address, time-offset, routers,\n"
-      "\tdomain-name, domain-name-servers, domain-search, host-name,\n"
-      "\tdhcp6.name-servers, dhcp6.domain-search, dhcp6.fqdn, dhcp6.sntp-servers,\n"
-      "\tinterface-mtu, rfc3442-classless-static-routes, ntp-servers;\n\n#send dhcp-lease-time 3600;\n"}},
-    {"statements",
-     {"", "<statement><end>", "<statement><end><statement><end><statements>",
-      "<statement><end><statement><end><statement><end><statements>"}},
-    {"statement", {"<simple>", "<simple>", "<simple>", "<declaration>", "<block>", "<top>"}},
-    {"end", {"\n", "\n", "\n", "\n", "\n\n", " # words, more;\n", " ", "\t\n"}},
-    {"simple",
-     {"<list>", "<list>", "<list>", "<setting>", "<setting>", "<keyword>", "<comment>",
-      "if exists routers { <setting> }", "if option host-name = \"x}\" { <setting> } else { <setting> }"}},
-    {"comment", {"# request routers;\n", "# don't\n", "#}\n", "# \"open\n", ""}},
-    {"gap", {" ", " ", " ", " ", " ", " ", " ", "\n\t", "  ", "\t", " # not; \"this}\n  ", "\n# a, b;\n"}},
-    {"list",
-     {"request <names>;", "request<gap><names>;", "ReQuest <names>;", "also request <names>;",
-      "also<gap>request<gap><names>;", "Also Request <names><gap>;", "require <names>;", "also require <names>;",
-      "request;"}},
-    {"names", {"<name>", "<name>, <names>", "<name>,<gap><names>", "<name>, <name>, <names>", "<name><gap>,<names>"}},
-    {"declaration", {"option <custom> code <code> = <type>;", "option<gap><custom> code<gap><code> =<gap><type>;"}},
-    {"setting",
-     {"supersede <option> <value>;", "default <option><gap><value>;", "Prepend <option> <value>;",
-      "append<gap><option> <value>;"}},
-    {"text", {"\"x\"", "\"a;b}\"", "\"{ # no comment\"", "\"say \\\"x;}\\\"\"", "= concat(\"a;\", \"b\")"}},
-    {"string", {"\"x\"", "\"a;b}\""}},
-    {"ip-address", {"192.0.2.1"}},
-    {"array of ip-address", {"192.0.2.1", "192.0.2.1,<gap>127.0.0.1"}},
-    {"unsigned integer 8", {"5"}},
-    {"array of unsigned integer 8", {"5", "24, 10,<gap>0"}},
-    {"boolean", {"true", "off"}},
-    {"domain-list", {"\"example.org\"", "\"example.org\", \"example.net\""}},
-    {"keyword",
-     {"timeout 60;", "retry 60;", "reboot 10;", "select-timeout 5;", "backoff-cutoff 15;", "script \"/bin/true\";",
-      "reject 192.0.2.0/24, 10.1.1.1;", "send host-name \"a;}\";", "send host-name = gethostname();",
-      "send dhcp-client-identifier = hardware;", "send fqdn.fqdn \"y\";", "send vendor-class-identifier \"x{\";",
-      "do-forward-updates false;"}},
-    {"block",
-     {"interface \"eth0\" { <inner>}", "interface \"wlan0\" {\n<inner>}", "Interface\n\"eth0\"\n{<inner>}",
-      "interface \"br0\" {<inner>}", "pseudo \"p\" \"wlan0\" { <inner>}"}},
-    {"inner", {"", "  <simple><end>", "<simple><end><inner>"}},
-    {"top",
-     {"include<gap>\"<included>\";", "include \"<included>\";", "include \"<included>\";", "include \"<included>\";",
-      "on commit { set x = \"y;\"; }", "on expiry or release { execute(\"/bin/true\"); }",
-      "key k { algorithm hmac-md5; secret \"abcdefgh\"; }", "zone example.org. { primary 127.0.0.1; }",
-      "option space corp;\noption corp.proxy code 1 = text;\nsupersede corp.proxy \"x\";",
-      "alias { interface \"eth0\"; fixed-address 192.0.2.9; option subnet-mask 255.255.255.255; }",
-      "lease {\n interface \"eth0\"; fixed-address 192.0.2.5;\n option host-name \"a;}\"; expire epoch 1;\n}",
-      "send dhcp-parameter-request-list 1, 3, 42;"}},
-    {"fault",
-     {"supersede interface-mtu \"x\";",
-      "send host-name;",
-      "timeout x;",
-      "frobnicate 5;",
-      "timeout 5",
-      "supersede no-such-option \"x\";",
-      "request routers ntp-servers;",
-      "also request no-such-option;",
-      "option corp-odd code 300 = text;",
-      "option corp-odd code 201 = nonsense;",
-      "interface \"eth0\" {",
-      "}",
-      "request",
-      "request routers,;",
-      "supersede domain-name \"x;",
-      "lease { nonsense; }",
-      "if exists { }",
-      "option routers code;",
-      "include \"/no/such/file\";",
-      "prepend domain-name-servers \"x\" {;"}}};
+/// The table of grammar.txt. Trial knows the symbols that are missing there.
+std::map<std::string, std::vector<std::string>> grammar()
+{
+    std::map<std::string, std::vector<std::string>> table;
+    std::istringstream lines(Posix::readFile(GRAMMAR_PATH, 1 << 20).value());
+    std::string line;
+    std::string symbol;
+    while (std::getline(lines, line) && !line.empty())
+        continue; // what the file says of itself
+    while (std::getline(lines, line)) {
+        for (std::size_t at = 0; (at = line.find('\\', at)) != std::string::npos; ++at)
+            line.replace(at, 2, 1, line[at + 1] == 'n' ? '\n' : line[at + 1] == 't' ? '\t' : '\\');
+        if (line.compare(0, 2, "  ") == 0)
+            table[symbol].push_back(line.substr(2));
+        else
+            symbol = line;
+    }
+    return table;
+}
+
+const std::map<std::string, std::vector<std::string>> Grammar = grammar();
 
 /// One call of the edit tool as the program makes it.
 struct Edit
