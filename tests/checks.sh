@@ -6,7 +6,7 @@ set -Eeuo pipefail
 export PATH=/usr/sbin:/usr/bin:/sbin:/bin LC_ALL=C.UTF-8 TZ=UTC DEBIAN_FRONTEND=noninteractive
 unset KIRO_DHCP_MGR_ROOT DISPLAY WAYLAND_DISPLAY XAUTHORITY XDG_RUNTIME_DIR
 
-logs=()
+logs=(/dev/null)
 trap 'echo "${0##*/}: failed in line $LINENO ${BASH_LINENO[*]}: $BASH_COMMAND" >&2; tail -n 30 "${logs[@]}" >&2' ERR
 
 # REASON: why the check cannot run here.
