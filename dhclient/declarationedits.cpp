@@ -62,7 +62,7 @@ void undeclare(Draft &draft, const NewOption &unwanted)
         const auto isName = [&unwanted](const Name &name) { return name.id == unwanted.id; };
         const std::vector<Name> &names = step.statement->names;
         return (step.statement->kind == Statement::Opaque || (step.included && isList(step)))
-            && std::any_of(names.begin(), names.end(), isName);
+               && std::any_of(names.begin(), names.end(), isName);
     });
     if (!doomed.empty() && !staysKnown && isUsed) {
         draft.note('"' + unwanted.name + "\" is still used, its declaration stays");
@@ -88,9 +88,8 @@ void declareInTime(Draft &draft, const std::string &name, const std::string &id)
     const std::vector<std::size_t> places = reading.declarations(id);
     if (knownCode(id) != 0 || places.empty() || places.front() < reading.firstUse(id))
         return;
-    const auto own = std::find_if(places.rbegin(), places.rend(), [&reading](std::size_t place) {
-        return !reading.steps()[place].included;
-    });
+    const auto own = std::find_if(places.rbegin(), places.rend(),
+                                  [&reading](std::size_t place) { return !reading.steps()[place].included; });
     const Statement &model = *reading.steps()[own == places.rend() ? places.back() : *own].statement;
     if (!model.value.empty() && !isEncapsulation(model.value))
         declare(draft, {name, id, model.code, model.value});

@@ -19,7 +19,9 @@ bool isSoundDeclaration(const Statement &statement)
 } // namespace
 
 Draft::Draft(std::string_view text, const Reader &reader)
-    : reader(reader), content(text), current(std::make_unique<Reading>(text, reader))
+    : reader(reader)
+    , content(text)
+    , current(std::make_unique<Reading>(text, reader))
 {
 }
 
@@ -60,7 +62,7 @@ bool Draft::mayVanish(std::size_t place) const
     const bool isAfterBlock = std::any_of(steps.begin(), steps.end(), [&](const Step &step) {
         const Range block = step.statement->range;
         return !step.included && step.statement->kind == Statement::Block && block.begin < lastBegin
-            && lastBegin < block.end && block.end <= range.begin;
+               && lastBegin < block.end && block.end <= range.begin;
     });
     if (before.included || isAfterBlock)
         return false;
@@ -91,7 +93,7 @@ void Draft::removeName(std::size_t place, std::size_t index)
     const std::string_view statement = std::string_view(content).substr(list.range.begin,
                                                                         list.range.end - list.range.begin);
     const bool vanishes = list.also && list.names.size() == 1 && mayVanish(place)
-        && statement.find('#') == std::string_view::npos;
+                          && statement.find('#') == std::string_view::npos;
     change(vanishes ? without(content, list) : withoutName(content, list, index));
 }
 

@@ -60,7 +60,7 @@ void noteSharedCode(Draft &draft, const Option &option, const std::string &name)
     if (others.empty())
         return;
     std::string line = "code " + std::to_string(option.code) + " of \"" + name + "\" is also the code of \""
-        + *others.begin() + '"';
+                       + *others.begin() + '"';
     if (others.size() > 1)
         line += " and " + std::to_string(others.size() - 1) + " more";
     draft.note(line);
@@ -124,8 +124,8 @@ void carryOut(Draft &draft, const std::vector<Edit> &edits, std::size_t index)
             declare(draft, declaration->option);
         const Option requested{option.id, draft.reading().code(option.id)};
         if (requested.code == 0)
-            throw Error(Error::Command, "cannot request \"" + option.name
-                            + "\": neither the client nor the file knows such an option");
+            throw Error(Error::Command,
+                        "cannot request \"" + option.name + "\": neither the client nor the file knows such an option");
         request(draft, requested, option.name);
         noteSharedCode(draft, requested, option.name);
         noteSentList(draft);

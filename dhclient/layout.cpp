@@ -115,7 +115,7 @@ std::string withName(std::string_view text, const Statement &list, std::string_v
         // As the list's last line is indented, if it has more than its first one.
         const bool continued = lineStart(text, last.begin) != lineStart(text, list.range.begin);
         added = "," + std::string(lineEnd(text))
-            + (continued ? indentation(text, last.begin) : indentation(text, list.range.begin).append(Indent));
+                + (continued ? indentation(text, last.begin) : indentation(text, list.range.begin).append(Indent));
     }
     return inserted(text, last.end, added.append(name));
 }

@@ -31,7 +31,7 @@ struct Token
 
     bool isSign(char sign) const { return kind == Sign && text.front() == sign; }
     /// Whether it is one of these keywords, given in lower case; the client ignores case.
-    template<typename... Keywords>
+    template <typename... Keywords>
     bool isWord(Keywords... keywords) const
     {
         return kind == Word && (isEqual(keywords) || ...);
@@ -41,7 +41,8 @@ private:
     bool isEqual(std::string_view keyword) const
     {
         return text.size() == keyword.size()
-            && std::equal(text.begin(), text.end(), keyword.begin(), [](char a, char b) { return lowerCase(a) == b; });
+               && std::equal(text.begin(), text.end(), keyword.begin(),
+                             [](char a, char b) { return lowerCase(a) == b; });
     }
 };
 

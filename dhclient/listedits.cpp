@@ -23,8 +23,7 @@ const Statement *listFor(const Context &context, const std::vector<const Context
             return std::any_of(other->lists.begin(), other->lists.end(),
                                [&list](const Step &step) { return step.statement == list->statement; });
         };
-        if (!list->included
-            && (!isBuiltIn || std::all_of(lackingBuiltIn.begin(), lackingBuiltIn.end(), isServed)))
+        if (!list->included && (!isBuiltIn || std::all_of(lackingBuiltIn.begin(), lackingBuiltIn.end(), isServed)))
             return list->statement;
     }
     return nullptr;

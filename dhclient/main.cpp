@@ -22,19 +22,18 @@ namespace {
 
 constexpr char ConfPath[] = "/etc/dhcp/dhclient.conf";
 
-constexpr char Help[] =
-    "Usage: kiro-dhclient-edit [COMMAND ARGUMENT]...\n"
-    "Edits /etc/dhcp/dhclient.conf, below KIRO_DHCP_MGR_ROOT where that is set.\n"
-    "All commands are carried out in order and land together or not at all.\n"
-    "\n"
-    "  --add-request NAME                  make the client request an option\n"
-    "  --del-request NAME                  make it stop, and no longer require the option\n"
-    "  --add-new-option \"NAME CODE TYPE\"   declare an option, types as in dhcp-options(5)\n"
-    "  --del-new-option \"NAME CODE TYPE\"   remove the declaration with that code\n"
-    "  --help                              show this text\n"
-    "  --version                           show the version\n"
-    "\n"
-    "Statuses: 0 done, 1 the file cannot be read, written or understood, 2 wrong arguments.\n";
+constexpr char Help[] = "Usage: kiro-dhclient-edit [COMMAND ARGUMENT]...\n"
+                        "Edits /etc/dhcp/dhclient.conf, below KIRO_DHCP_MGR_ROOT where that is set.\n"
+                        "All commands are carried out in order and land together or not at all.\n"
+                        "\n"
+                        "  --add-request NAME                  make the client request an option\n"
+                        "  --del-request NAME                  make it stop, and no longer require the option\n"
+                        "  --add-new-option \"NAME CODE TYPE\"   declare an option, types as in dhcp-options(5)\n"
+                        "  --del-new-option \"NAME CODE TYPE\"   remove the declaration with that code\n"
+                        "  --help                              show this text\n"
+                        "  --version                           show the version\n"
+                        "\n"
+                        "Statuses: 0 done, 1 the file cannot be read, written or understood, 2 wrong arguments.\n";
 
 constexpr std::size_t LargestFile = std::size_t{16} * 1024 * 1024;
 
@@ -150,9 +149,10 @@ int main(int argc, char *argv[])
 {
     // The caller may exit before everything is written.
     std::signal(SIGPIPE, SIG_IGN);
-    static constexpr std::pair<std::string_view, Command::Kind> kinds[] = {
-        {"--add-request", Command::AddRequest}, {"--del-request", Command::DelRequest},
-        {"--add-new-option", Command::AddNewOption}, {"--del-new-option", Command::DelNewOption}};
+    static constexpr std::pair<std::string_view, Command::Kind> kinds[] = {{"--add-request", Command::AddRequest},
+                                                                           {"--del-request", Command::DelRequest},
+                                                                           {"--add-new-option", Command::AddNewOption},
+                                                                           {"--del-new-option", Command::DelNewOption}};
     ::openlog("kiro-dhclient-edit", 0, LOG_DAEMON);
     std::vector<Command> commands;
     for (int i = 1; i < argc; ++i) {

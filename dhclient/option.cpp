@@ -26,7 +26,7 @@ bool Option::isIn(const Step &list) const
 bool Option::isIn(const Context &context) const
 {
     return (context.isBuiltIn() && isBuiltIn())
-        || std::any_of(context.lists.begin(), context.lists.end(), [this](const Step &list) { return isIn(list); });
+           || std::any_of(context.lists.begin(), context.lists.end(), [this](const Step &list) { return isIn(list); });
 }
 
 } // namespace DhclientConf

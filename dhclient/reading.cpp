@@ -90,17 +90,16 @@ void Reading::readInclude(const Statement &include, std::size_t context, int dep
     try {
         file.statements = parse(file.text, context != 0);
     } catch (const Error &error) {
-        throw Error(Error::File, "in \"" + include.value + "\", line " + std::to_string(error.line) + ": " + error.what(),
-                    line);
+        throw Error(Error::File,
+                    "in \"" + include.value + "\", line " + std::to_string(error.line) + ": " + error.what(), line);
     }
     read(file.statements, context, &file.path, depth + 1);
 }
 
 std::size_t Reading::enter(const Statement &block, std::size_t outer)
 {
-    const auto known = std::find_if(allContexts.begin() + 1, allContexts.end(), [&block](const Context &context) {
-        return context.interface == block.value;
-    });
+    const auto known = std::find_if(allContexts.begin() + 1, allContexts.end(),
+                                    [&block](const Context &context) { return context.interface == block.value; });
     if (known != allContexts.end() && block.value.front() == '"') // no second block reaches a pseudo interface
         return static_cast<std::size_t>(known - allContexts.begin());
     allContexts.push_back({block.value, allContexts[outer].lists});

@@ -33,7 +33,10 @@ public:
     Name name();
     bool atEnd() const { return token.kind == Token::End; }
     /// Throws Error: at the end of what was read before, since what is missing belongs there.
-    [[noreturn]] void expected(const std::string &what) const { throw Error(Error::File, what + " expected", lastLine); }
+    [[noreturn]] void expected(const std::string &what) const
+    {
+        throw Error(Error::File, what + " expected", lastLine);
+    }
 
     void wantEnd() const
     {
@@ -102,7 +105,7 @@ Statement Parser::statement(bool inBlock)
     if (!isList) {
         const Parser start = *this;
         const bool isKnown = token.isWord("option", "include", "interface", "pseudo")
-            && (include(result) || (!inBlock && (declaration(result) || block(result))));
+                             && (include(result) || (!inBlock && (declaration(result) || block(result))));
         if (!isKnown) {
             *this = start;
             opaque(result);
@@ -177,7 +180,8 @@ bool Parser::declaration(Statement &result)
         expected("\";\"");
     result.kind = Statement::Declaration;
     if (sound)
-        result.value = normalisedType(text.substr(result.typeRange.begin, result.typeRange.end - result.typeRange.begin));
+        result.value = normalisedType(
+            text.substr(result.typeRange.begin, result.typeRange.end - result.typeRange.begin));
     return true;
 }
 

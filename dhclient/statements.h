@@ -41,7 +41,7 @@ struct Statement
     bool also = false;
     bool sends = false; ///< a send statement, which gives the server the first of `names`
     int line = 0;
-    Range range; ///< from its first token to its last, the ";" or "}"
+    Range range;                ///< from its first token to its last, the ";" or "}"
     std::size_t keywordEnd = 0; ///< of a list: the end of "request" or "require"
     std::vector<Name> names;
     std::string value;
@@ -49,7 +49,7 @@ struct Statement
     // Of a declaration.
     Range codeRange;
     Range typeRange;
-    int code = 0;     ///< what the client sends for it: the low byte of the written number (measured)
+    int code = 0; ///< what the client sends for it: the low byte of the written number (measured)
 
     std::vector<Statement> body;
 };

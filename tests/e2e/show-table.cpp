@@ -20,9 +20,9 @@ int main(int argc, char **argv)
         const QTableWidgetItem *requested = table->item(row, RequestedColumn);
         // A fixed class shows its word instead of a box, and "Managed" is not for this program to request.
         const bool isOn = requested->data(Qt::CheckStateRole).isValid() ? requested->checkState() == Qt::Checked
-                                                                       : requested->text() == QLatin1String("Always");
-        std::printf("%s %s %d %s\n", text(KeyColumn).constData(), isOn ? "on" : "off",
-                    text(CodeColumn).toInt(), text(ValueColumn).constData());
+                                                                        : requested->text() == QLatin1String("Always");
+        std::printf("%s %s %d %s\n", text(KeyColumn).constData(), isOn ? "on" : "off", text(CodeColumn).toInt(),
+                    text(ValueColumn).constData());
     }
     return 0;
 }
