@@ -145,7 +145,7 @@ Error: linux-name repeated: 'shown'
                                          .arg(root->path("/var/lib/vorkan/registry.db")));
         }
         QCOMPARE(first.state(), QProcess::Running);
-        first.kill(); // whatever it leaves behind must not stop the next one
+        first.kill(); // whatever it leaves must not stop the next one
         first.waitForFinished(-1);
         Run third("--apply");
         QCOMPARE(third.finish(), 0);

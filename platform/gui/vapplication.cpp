@@ -122,7 +122,7 @@ void VApplication::exitIfRunning()
         std::cerr << std::endl;
         std::exit(AlreadyRunningStatus);
     case InstanceLock::State::Failed:
-        std::cerr << "Cannot tell whether " << ProgramName << " is already running: " << lock.error() << std::endl;
+        std::cerr << "Cannot find out whether " << ProgramName << " is already running: " << lock.error() << std::endl;
         break;
     case InstanceLock::State::Acquired:
         connect(new QSocketNotifier(lock.descriptor(), QSocketNotifier::Read, this), &QSocketNotifier::activated, this,
