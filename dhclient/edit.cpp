@@ -8,7 +8,6 @@
 #include "optiontype.h"
 
 #include <algorithm>
-#include <charconv>
 
 namespace DhclientConf {
 
@@ -37,19 +36,21 @@ std::string readName(std::string_view text)
     return id;
 }
 
-NewOption readNewOption(std::string_view text)
+// What is to be removed may have any code and type: a definition or the registry may hold one that can't be declared.
+NewOption readNewOption(std::string_view text, bool adds)
 {
     const std::string whole = quoted(text);
     NewOption result{};
     result.name = firstWord(text);
     result.id = readName(result.name);
     const std::string_view code = firstWord(text);
-    const auto [end, error] = std::from_chars(code.data(), code.data() + code.size(), result.code);
-    if (error != std::errc() || end != code.data() + code.size() || code.front() == '0' || result.code < 1
-        || result.code > 254)
+    const bool canBeAdded = code.size() <= 3 && isNumber(code) && code.front() != '0'
+                            && std::stoi(std::string(code)) < 255;
+    if (adds ? !canBeAdded : !isNumber(code))
         throw Error(Error::Command, quoted(code) + " is not an option code from 1 to 254, in " + whole);
+    result.code = sentCode(code);
     result.type = normalisedType(text);
-    if (result.type.empty())
+    if (adds && result.type.empty())
         throw Error(Error::Command, quoted(text) + " is not an option type, in " + whole);
     return result;
 }
@@ -92,12 +93,12 @@ std::vector<Edit> readCommands(const std::vector<Command> &commands)
 {
     std::vector<Edit> edits;
     for (const Command &command : commands) {
+        const bool adds = command.kind == Command::AddRequest || command.kind == Command::AddNewOption;
         const bool isRequest = command.kind == Command::AddRequest || command.kind == Command::DelRequest;
         Edit edit{command.kind, {}};
         edit.option = isRequest ? NewOption{command.argument, readName(command.argument), 0, {}}
-                                : readNewOption(command.argument);
+                                : readNewOption(command.argument, adds);
         const std::string &id = edit.option.id;
-        const bool adds = command.kind == Command::AddRequest || command.kind == Command::AddNewOption;
         if (adds && id.find('.') != std::string::npos)
             throw Error(Error::Command, quoted(edit.option.name) + " belongs to an option space other than DHCPv4's");
         // The client reads such names as numbers, and "option space" starts another statement.

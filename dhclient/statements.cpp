@@ -10,20 +10,6 @@ namespace DhclientConf {
 
 namespace {
 
-bool isNumber(std::string_view text)
-{
-    return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
-}
-
-// The client sends the low byte of a code, whatever the file says (measured).
-int lowByte(std::string_view digits)
-{
-    int code = 0;
-    for (const char digit : digits)
-        code = (code * 10 + (digit - '0')) % 256;
-    return code;
-}
-
 class Parser
 {
 public:
@@ -169,7 +155,7 @@ bool Parser::declaration(Statement &result)
         return false;
     }
     result.codeRange = {token.begin, token.end};
-    result.code = lowByte(token.text);
+    result.code = sentCode(token.text);
     advance();
     const bool sound = takeSign('=');
     result.typeRange.begin = token.begin;
@@ -252,6 +238,19 @@ std::vector<Statement> parse(std::string_view text, bool inBlock)
     std::vector<Statement> result = parser.statements(inBlock);
     parser.wantEnd();
     return result;
+}
+
+bool isNumber(std::string_view text)
+{
+    return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
+}
+
+int sentCode(std::string_view digits)
+{
+    int code = 0;
+    for (const char digit : digits)
+        code = (code * 10 + (digit - '0')) % 256;
+    return code;
 }
 
 std::string parseName(std::string_view text)

@@ -49,7 +49,7 @@ struct Statement
     // Of a declaration.
     Range codeRange;
     Range typeRange;
-    int code = 0; ///< what the client sends for it: the low byte of the written number (measured)
+    int code = 0; ///< as of sentCode()
 
     std::vector<Statement> body;
 };
@@ -59,6 +59,10 @@ struct Statement
 /// `inBlock` is for a file that is included inside an interface block: only the client's top level has declarations
 /// and such blocks.
 std::vector<Statement> parse(std::string_view text, bool inBlock = false);
+
+bool isNumber(std::string_view text); ///< decimal
+/// What the client sends for a code: the low byte of the written number (measured).
+int sentCode(std::string_view digits);
 
 /// The id of a text that is an option name and nothing else; empty if it is not.
 std::string parseName(std::string_view text);

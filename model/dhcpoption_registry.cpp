@@ -18,11 +18,10 @@ void DhcpOption::buildKeys()
 
 void DhcpOption::readStoredCode()
 {
-    VorkanClient client;
-    if (client.contains(codeKey) != 0)
+    if (VorkanClient().contains(codeKey) != 0)
         return;
     QString value;
-    client.get(codeKey, value, _RegEntryParam(), QString());
+    VorkanClient().get(codeKey, value, _RegEntryParam(), QString());
     bool isNumber = false;
     const quint32 storedCode = value.toUInt(&isNumber, 10);
     if (isNumber)
