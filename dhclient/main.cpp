@@ -24,7 +24,7 @@ constexpr char ConfPath[] = "/etc/dhcp/dhclient.conf";
 
 constexpr char Help[] = "Usage: kiro-dhclient-edit [COMMAND ARGUMENT]...\n"
                         "Edits /etc/dhcp/dhclient.conf, below KIRO_DHCP_MGR_ROOT where that is set.\n"
-                        "All commands are carried out in order and land together or not at all.\n"
+                        "The commands are carried out in order, all of them or none.\n"
                         "\n"
                         "  --add-request NAME                  make the client request an option\n"
                         "  --del-request NAME                  make it stop, and no longer require the option\n"

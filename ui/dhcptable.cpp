@@ -298,7 +298,9 @@ void DhcpTable::fitToView()
     fitColumns();
     // Qt's hint by contents makes the window up to two thirds of the screen high; its fixed one is for few rows.
     setSizeAdjustPolicy(verticalHeader()->length() > LeastHeight ? AdjustToContents : AdjustIgnored);
-    emptyHint->setText(rowCount() == 0 ? tr("No option definitions are installed.")
-                                       : tr("This view lists no options. Choose another one below the table."));
+    emptyHint->setText(rowCount() == 0
+                           ? tr("No option definitions can be used. Install some in /usr/share/kiro-dhcp-mgr "
+                                "and start the program again.")
+                           : tr("This view lists no options. Choose another one below the table."));
     emptyHint->setVisible(verticalHeader()->hiddenSectionCount() == rowCount());
 }

@@ -5,14 +5,14 @@
 #include <QAbstractItemView>
 #include <QHelpEvent>
 #include <QPainter>
+#include <QRegularExpression>
 #include <QToolTip>
 
 namespace {
 
 constexpr qreal DisabledTextShare = 0.6; // the rest is the background
 constexpr qreal TintShare = 0.12;
-constexpr int ToolTipLength = 1000; // characters
-constexpr int ToolTipChunk = 60;
+constexpr int ToolTipLength = 1000;  // characters
 const QChar LeftToRightMark(0x200e); // keeps numbers in their order
 
 QColor mixed(const QColor &first, const QColor &second, qreal firstShare)
@@ -24,9 +24,9 @@ QColor mixed(const QColor &first, const QColor &second, qreal firstShare)
 /// Escaped, since it comes from the network, and breakable where it has no blanks.
 QString toolTipText(const QString &text)
 {
-    QString broken(LeftToRightMark);
-    for (int start = 0; start < qMin(text.size(), ToolTipLength); start += ToolTipChunk)
-        broken += text.mid(start, ToolTipChunk) + QChar(0x200b); // zero width space
+    static const QRegularExpression longWord(QStringLiteral("(\\S{60})"));
+    QString broken = LeftToRightMark + text.left(ToolTipLength);
+    broken.replace(longWord, QStringLiteral("\\1\u200b")); // zero width space
     if (text.size() > ToolTipLength)
         broken += QChar(0x2026); // an ellipsis
     return QStringLiteral("<p>") + broken.toHtmlEscaped() + QStringLiteral("</p>");

@@ -48,7 +48,10 @@ bool RowFinder::handleTableKey(const QKeyEvent &event)
 {
     const Qt::KeyboardModifiers others = Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier;
     const QChar first = event.text().isEmpty() ? QChar() : event.text().at(0);
-    if ((event.modifiers() & others) || !first.isLetterOrNumber())
+    // A blank or a hyphen goes on with a name that is being typed; a blank would tick the box that the first word
+    // found.
+    const bool goesOn = isTyping() && !typed.at(0).isDigit() && first.isPrint();
+    if ((event.modifiers() & others) || !(first.isLetterOrNumber() || goesOn))
         return false;
     const QTableWidgetItem *cell = table->currentItem();
     const Qt::ItemFlags editable = Qt::ItemIsEnabled | Qt::ItemIsEditable;
@@ -58,9 +61,14 @@ bool RowFinder::handleTableKey(const QKeyEvent &event)
     return true;
 }
 
+bool RowFinder::isTyping() const
+{
+    return sinceTyped.isValid() && sinceTyped.elapsed() < QApplication::keyboardInputInterval();
+}
+
 void RowFinder::findTyped(const QString &text)
 {
-    const bool goesOn = sinceTyped.isValid() && sinceTyped.elapsed() < QApplication::keyboardInputInterval();
+    const bool goesOn = isTyping();
     typed = goesOn ? typed + text : text;
     sinceTyped.start();
     const int row = table->currentRow();

@@ -35,6 +35,7 @@ private:
 
     bool handleTableKey(const QKeyEvent &event);
     bool handleFieldKey(const QKeyEvent &event);
+    bool isTyping() const;
     void findTyped(const QString &text);
     void findInField(int from, int step);
     bool find(int from, int step, const Matches &matches);

@@ -25,7 +25,7 @@ public:
 
     /// Where the current cell is missing, hidden or disabled, takes the first one that the keyboard can work with.
     void ensureCurrentCell();
-    /// Moves the current cell to the row's first one that is enabled; an info cell always is.
+    /// Moves the current cell to the row's first one that is enabled. Every row has one: the box or the info cell.
     void goToRow(int row);
 
     bool eventFilter(QObject *watched, QEvent *event) override;

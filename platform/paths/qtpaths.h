@@ -8,7 +8,7 @@
 
 namespace Paths {
 
-/// resolve() for the rooms that work with Qt's strings.
+/// resolve() for the modules that work with Qt's strings.
 inline QString resolved(const char *fixedPath)
 {
     return QFile::decodeName(resolve(fixedPath).c_str());
