@@ -9,6 +9,15 @@
 
 namespace DhclientConf {
 
+namespace {
+
+std::string declarationOf(const NewOption &option)
+{
+    return "option " + option.name + " code " + std::to_string(option.code) + " = " + option.type + ';';
+}
+
+} // namespace
+
 void declare(Draft &draft, const NewOption &wanted)
 {
     // A code of the option that goes may be what lists it.
@@ -28,11 +37,13 @@ void declare(Draft &draft, const NewOption &wanted)
     if (own.empty() && !places.empty() && places.front() < firstUse && wanted.isSame(*steps[places.back()].statement))
         return;
     const bool keepsFirst = !own.empty() && places.front() < firstUse;
-    for (; own.size() > (keepsFirst ? 1 : 0); own.pop_back())
-        draft.remove(own.back());
+    for (; own.size() > (keepsFirst ? 1 : 0); own.pop_back()) {
+        // The same once more does no harm: declareSafely() may have added the first.
+        if (!keepsFirst || !wanted.isSame(*draft.reading().steps()[own.back()].statement))
+            draft.remove(own.back());
+    }
     if (!keepsFirst) {
-        draft.addDeclaration("option " + wanted.name + " code " + std::to_string(wanted.code) + " = " + wanted.type
-                             + ';');
+        draft.addDeclaration(declarationOf(wanted));
         return;
     }
     const Statement kept = *draft.reading().steps()[own.front()].statement;
@@ -93,6 +104,19 @@ void declareInTime(Draft &draft, const std::string &name, const std::string &id)
     const Statement &model = *reading.steps()[own == places.rend() ? places.back() : *own].statement;
     if (!model.value.empty() && !isEncapsulation(model.value))
         declare(draft, {name, id, model.code, model.value});
+}
+
+void declareSafely(Draft &draft, const std::string &name, const std::string &id)
+{
+    const Reading &reading = draft.reading();
+    const std::vector<std::size_t> places = reading.declarations(id);
+    const auto isIncluded = [&reading](std::size_t place) { return reading.steps()[place].included != nullptr; };
+    if (knownCode(id) != 0 || places.empty() || std::any_of(places.begin(), places.end(), isIncluded)
+        || draft.isSafe(places.front()))
+        return;
+    const Statement &last = *reading.steps()[places.back()].statement;
+    if (!last.value.empty() && !isEncapsulation(last.value))
+        draft.addDeclaration(declarationOf({name, id, last.code, last.value}));
 }
 
 std::set<std::string> othersWithCode(const Reading &reading, const Option &option)

@@ -19,6 +19,9 @@ void declare(Draft &draft, const NewOption &wanted);
 void undeclare(Draft &draft, const NewOption &unwanted);
 /// An option must be declared before its first use: if all declarations come too late, adds one above.
 void declareInTime(Draft &draft, const std::string &name, const std::string &id);
+/// A list with the option would be dropped whole if the client skipped its declaration: puts one above where that may
+/// happen.
+void declareSafely(Draft &draft, const std::string &name, const std::string &id);
 
 /// The ids of the other options with that code, known or declared.
 std::set<std::string> othersWithCode(const Reading &reading, const Option &option);

@@ -49,9 +49,7 @@ void Draft::addList(const std::string &statement)
         change(withBelow(content, *(first - 1), statement));
 }
 
-// The client may skip a statement because of the one before it. If that statement is removed, the client skips the one
-// after it instead.
-bool Draft::mayVanish(std::size_t place) const
+bool Draft::isSafe(std::size_t place) const
 {
     if (place == 0)
         return true;
@@ -84,7 +82,7 @@ bool Draft::mayVanish(std::size_t place) const
 void Draft::remove(std::size_t place)
 {
     const Statement &statement = *reading().steps()[place].statement;
-    change(mayVanish(place) ? without(content, statement) : replaced(content, statement.range, EmptyList));
+    change(isSafe(place) ? without(content, statement) : replaced(content, statement.range, EmptyList));
 }
 
 void Draft::removeName(std::size_t place, std::size_t index)
@@ -92,7 +90,7 @@ void Draft::removeName(std::size_t place, std::size_t index)
     const Statement &list = *reading().steps()[place].statement;
     const std::string_view statement = std::string_view(content).substr(list.range.begin,
                                                                         list.range.end - list.range.begin);
-    const bool vanishes = list.also && list.names.size() == 1 && mayVanish(place)
+    const bool vanishes = list.also && list.names.size() == 1 && isSafe(place)
                           && statement.find('#') == std::string_view::npos;
     change(vanishes ? without(content, list) : withoutName(content, list, index));
 }

@@ -25,6 +25,9 @@ public:
     /// Adds the statement above the file's first one, or after the declarations there.
     void addDeclaration(const std::string &statement);
     void addList(const std::string &statement);
+    /// Whether the client reads the statement at that place for sure: after some that it can't use it skips the next.
+    /// If such a one is removed, the client skips the one after it instead.
+    bool isSafe(std::size_t place) const;
     /// Removes the statement at that place of the reading's steps.
     void remove(std::size_t place);
     /// Removes a name from the list at that place; with its last name goes a statement that only adds to others.
@@ -35,8 +38,6 @@ public:
     const std::vector<std::string> &notes() const { return lines; }
 
 private:
-    bool mayVanish(std::size_t place) const;
-
     const Reader &reader;
     std::string content;
     std::unique_ptr<Reading> current;

@@ -127,7 +127,10 @@ void carryOut(Draft &draft, const std::vector<Edit> &edits, std::size_t index)
         if (requested.code == 0)
             throw Error(Error::Command,
                         "cannot request \"" + option.name + "\": neither the client nor the file knows such an option");
+        const std::string before = draft.text();
         request(draft, requested, option.name);
+        if (draft.text() != before)
+            declareSafely(draft, option.name, option.id);
         noteSharedCode(draft, requested, option.name);
         noteSentList(draft);
         break;
