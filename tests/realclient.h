@@ -8,7 +8,7 @@
 #include <vector>
 
 /// The DHCP client of this machine, run from a copy under another path, where its AppArmor profile does not hold, on
-/// interfaces that only the calling process sees. No address is taken and no script is run.
+/// interfaces that only the calling thread sees. No address is taken and no script is run.
 class RealClient
 {
 public:
@@ -20,7 +20,7 @@ public:
         std::map<std::string, std::vector<int>> requested;
     };
 
-    /// Takes the process into a network namespace of its own, for good.
+    /// Takes the calling thread into a network namespace of its own, for good.
     RealClient();
     ~RealClient();
     RealClient(const RealClient &) = delete;

@@ -12,8 +12,8 @@
 #include <random>
 #include <set>
 #include <sstream>
+#include <thread>
 
-#include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -29,10 +29,11 @@ struct Option
     std::string type;
     bool predefined = false;
 };
+using Options = std::vector<Option>;
 
-std::vector<Option> definitions()
+Options definitions()
 {
-    std::vector<Option> options;
+    Options options;
     const std::filesystem::directory_iterator directory(OPTIONS_DIRECTORY);
     for (const std::filesystem::path &path : std::set<std::filesystem::path>(begin(directory), end(directory))) {
         const std::string text = Posix::readFile(path, 1 << 20).value();
@@ -44,15 +45,14 @@ std::vector<Option> definitions()
     return options;
 }
 
-/// The table of grammar.txt. Trial knows the symbols that are missing there.
+/// The table of grammar.txt; what the file says of itself becomes symbols that stand for nothing. Trial knows the
+/// symbols that are missing there.
 std::map<std::string, std::vector<std::string>> grammar()
 {
     std::map<std::string, std::vector<std::string>> table;
     std::istringstream lines(Posix::readFile(GRAMMAR_PATH, 1 << 20).value());
     std::string line;
     std::string symbol;
-    while (std::getline(lines, line) && !line.empty())
-        continue; // what the file says of itself
     while (std::getline(lines, line)) {
         for (std::size_t at = 0; (at = line.find('\\', at)) != std::string::npos; ++at)
             line.replace(at, 2, 1, line[at + 1] == 'n' ? '\n' : line[at + 1] == 't' ? '\t' : '\\');
@@ -75,13 +75,11 @@ struct Edit
     std::string arguments; ///< as for a shell
 };
 
-/// A random configuration and what is done to it.
+/// A random configuration, what is done to it, and what comes of that.
 class Trial
 {
 public:
-    Trial(unsigned seed, const std::vector<Option> &options, const std::string &directory)
-        : random(seed)
-        , directory(directory)
+    Trial(unsigned seed, const Options &options, const std::string &directory) : random(seed), directory(directory)
     {
         for (const Option &option : options) {
             if (option.predefined)
@@ -110,6 +108,14 @@ public:
     std::vector<std::string> untouchable;        ///< statements and comments, perhaps of an included file
     std::vector<Edit> edits;
     std::map<std::string, std::set<int>> codes; ///< that definitions, declarations and edits give a name
+
+    std::string report;
+    RealClient::Heard before, after;
+    std::map<std::string, Edit> done; ///< the last edit of each option
+    std::set<std::string> noted;      ///< options with a note
+    std::set<std::string> dropped;    ///< options that an edit dropped, perhaps for a while
+
+    bool isSound() const { return before.complaints.empty(); }
 
 private:
     std::size_t below(std::size_t end) { return random() % end; }
@@ -165,10 +171,10 @@ private:
         const bool isCustom = chance(60);
         const Option &option = oneOf(isCustom ? custom : predefined);
         Edit edit = {option.name, option.code, chance(60), ""};
-        const auto specify = [&](const char *command, int code) {
+        const auto specify = [&](bool adds, int code) {
             codes[option.name].insert(code);
-            edit.arguments += std::string(command) + " '" + option.name + ' ' + std::to_string(code) + ' ' + option.type
-                              + "'";
+            edit.arguments += std::string(adds ? " --add" : " --del") + "-new-option '" + option.name + ' '
+                              + std::to_string(code) + ' ' + option.type + "'";
         };
         if (isCustom) {
             const int edited = 150 + static_cast<int>(below(100));
@@ -176,10 +182,10 @@ private:
             if (chance(40))
                 edit.code = chance(50) ? applied : edited;
             if (edit.code != option.code)
-                specify(" --del-new-option", option.code);
+                specify(false, option.code);
             if (applied != edit.code)
-                specify(" --del-new-option", applied);
-            specify(edit.requested ? " --add-new-option" : " --del-new-option", edit.code);
+                specify(false, applied);
+            specify(edit.requested, edit.code);
         }
         edit.arguments += (edit.requested ? " --add-request " : " --del-request ") + option.name;
         return edit;
@@ -187,32 +193,19 @@ private:
 
     std::mt19937 random;
     std::string directory;
-    std::vector<Option> predefined, custom; ///< that most of it is about
-    std::vector<Option> declared;           ///< so far
-    Option last;                            ///< that was named
+    Options predefined, custom; ///< that most of it is about
+    Options declared;           ///< so far
+    Option last;                ///< that was named
 };
 
-/// What the processes share.
+/// What the threads share.
 struct Counts
 {
     std::atomic<unsigned> started, sound, changed, noted, refused, wrong;
 };
 
-/// The result of a trial.
-struct Outcome
-{
-    std::string report;
-    RealClient::Heard before, after;
-    std::map<std::string, Edit> done; ///< the last edit of each option
-    std::set<std::string> noted;      ///< options with a note
-    std::set<std::string> dropped;    ///< options that an edit dropped, perhaps for a while
-
-    bool isSound() const { return before.complaints.empty(); }
-};
-
 /// Does a trial; returns what the tool did wrong, if anything.
-std::string carryOut(const RealClient &client, const std::string &tool, const Trial &trial, Counts &counts,
-                     Outcome &outcome)
+std::string carryOut(const RealClient &client, const std::string &tool, Trial &trial, Counts &counts)
 {
     const std::string conf = client.directory + "/etc/dhcp/dhclient.conf";
     const auto file = [&conf] { // the text, and what changes when it is written again
@@ -222,68 +215,62 @@ std::string carryOut(const RealClient &client, const std::string &tool, const Tr
     };
     const auto call = [&](const Edit &edit) {
         const std::string command = "'" + tool + "'" + edit.arguments;
-        FILE *pipe = popen(("KIRO_DHCP_MGR_ROOT='" + client.directory + "' timeout 20 " + command + " 2>&1").c_str(),
-                           "r");
-        std::string said;
-        for (int c = 0; pipe && (c = std::fgetc(pipe)) != EOF;)
-            said += static_cast<char>(c);
-        const int status = pipe ? pclose(pipe) : -1;
+        const std::string output = client.directory + "/said";
+        const std::string root = "KIRO_DHCP_MGR_ROOT='" + client.directory + "' ";
+        const int status = std::system((root + "timeout 20 " + command + " >" + output + " 2>&1").c_str());
+        const std::string said = Posix::readFile(output, 1 << 20).value();
         if (said.find("kiro-dhclient-edit: note: ") != std::string::npos)
-            outcome.noted.insert(edit.name);
-        outcome.report += command + "\n" + said + "status " + std::to_string(WEXITSTATUS(status)) + '\n';
+            trial.noted.insert(edit.name);
+        trial.report += command + "\n" + said + "status " + std::to_string(WEXITSTATUS(status)) + '\n';
         return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     };
 
-    outcome.report = "=== OLD\n" + trial.text + '\n';
+    trial.report = "=== OLD\n" + trial.text + '\n';
     for (const auto &[path, text] : trial.included) {
         Posix::replaceFile(path, text, Posix::Replacement::Cached);
-        outcome.report += "=== " + path + '\n' + text + '\n';
+        trial.report += "=== " + path + '\n' + text + '\n';
     }
     Posix::replaceFile(conf, trial.text, Posix::Replacement::Cached);
-    outcome.before = client.run(conf);
-    outcome.report += outcome.before.complaints + "\n=== COMMANDS\n";
+    trial.before = client.run(conf);
+    trial.report += trial.before.complaints + "\n=== COMMANDS\n";
     for (const Edit &edit : trial.edits) {
         const auto old = file();
         const int status = call(edit);
         const auto edited = file();
         if (status == 0) {
-            outcome.done.insert_or_assign(edit.name, edit);
+            trial.done.insert_or_assign(edit.name, edit);
             if (!edit.requested)
-                outcome.dropped.insert(edit.name);
+                trial.dropped.insert(edit.name);
             if (call(edit) != 0 || file() != edited)
                 return "the same again is refused, or writes again";
             continue;
         }
         if ((status != 1 && status != 2) || edited != old)
             return "refused in a wrong way";
-        if (outcome.isSound())
+        if (trial.isSound())
             return "a sound file is refused";
         ++counts.refused;
     }
     const std::string text = file().first;
     const bool changed = text != trial.text;
-    outcome.after = changed ? client.run(conf) : outcome.before;
-    outcome.report += "=== NEW\n" + text + '\n' + outcome.after.complaints + '\n';
+    trial.after = changed ? client.run(conf) : trial.before;
+    trial.report += "=== NEW\n" + text + '\n' + trial.after.complaints + '\n';
     for (const std::string &statement : trial.untouchable) {
         if (trial.text.find(statement) != std::string::npos && text.find(statement) == std::string::npos)
             return "changes " + statement;
     }
-    counts.sound += outcome.isSound();
+    counts.sound += trial.isSound();
     counts.changed += changed;
-    counts.noted += !outcome.noted.empty();
-    return outcome.isSound() && !outcome.after.complaints.empty() ? "the client complains of the edited file" : "";
+    counts.noted += !trial.noted.empty();
+    return trial.isSound() && !trial.after.complaints.empty() ? "the client complains of the edited file" : "";
 }
 
 /// Compares what the client requests on one interface before and after; returns what is wrong.
-std::string compare(const std::string &interface, const Trial &trial, Outcome &outcome)
+std::string compare(const std::string &interface, Trial &trial)
 {
-    const auto codesOf = [&interface](const RealClient::Heard &heard) {
-        const auto codes = heard.requested.find(interface);
-        return codes == heard.requested.end() ? std::set<int>()
-                                              : std::set<int>(codes->second.begin(), codes->second.end());
-    };
-    const std::set<int> old = codesOf(outcome.before);
-    const std::set<int> now = codesOf(outcome.after);
+    const auto asSet = [](const std::vector<int> &codes) { return std::set<int>(codes.begin(), codes.end()); };
+    const std::set<int> old = asSet(trial.before.requested[interface]);
+    const std::set<int> now = asSet(trial.after.requested[interface]);
     std::map<int, int> owners; // how many names a code has; the wire does not show which of them is requested
     for (const auto &[name, codes] : trial.codes) {
         for (const int code : codes)
@@ -294,19 +281,19 @@ std::string compare(const std::string &interface, const Trial &trial, Outcome &o
     std::set<int> wanted;
     std::set<int> excused;
     bool repairs = false; // lists that the client dropped for an unknown name take effect when it is declared
-    for (const auto &[name, edit] : outcome.done) {
+    for (const auto &[name, edit] : trial.done) {
         const std::set<int> &own = trial.codes.at(name);
         const auto isIn = [&](const std::set<int> &list) {
             return std::any_of(own.begin(), own.end(), [&](int c) { return owners[c] == 1 && list.count(c); });
         };
         touched.insert(own.begin(), own.end());
-        if (outcome.noted.count(name))
+        if (trial.noted.count(name))
             excused.insert(own.begin(), own.end());
         if (edit.requested)
             wanted.insert(edit.code);
-        if (!outcome.dropped.count(name) && isIn(old) && !isIn(now) && owners[edit.code] == 1)
+        if (!trial.dropped.count(name) && isIn(old) && !isIn(now) && owners[edit.code] == 1)
             wrong = interface + " no longer requests " + name;
-        repairs = repairs || outcome.before.complaints.find("no option named " + name) != std::string::npos;
+        repairs = repairs || trial.before.complaints.find("no option named " + name) != std::string::npos;
     }
     std::string expected = "EXPECTED " + interface + ':';
     std::string got = "GOT      " + interface + ':';
@@ -319,10 +306,10 @@ std::string compare(const std::string &interface, const Trial &trial, Outcome &o
             continue;
         if (kept && !repairs)
             wrong = interface + " no longer requests " + std::to_string(code);
-        else if (outcome.isSound() && !excused.count(code))
+        else if (trial.isSound() && !excused.count(code))
             wrong = interface + " is wrong in " + std::to_string(code) + ", and no note says why";
     }
-    outcome.report += expected + '\n' + got + '\n';
+    trial.report += expected + '\n' + got + '\n';
     return wrong;
 }
 
@@ -335,19 +322,18 @@ void work(const std::string &tool, unsigned files, unsigned seed, Counts &counts
     std::filesystem::create_directory(client.directory + "/tmp");
     std::filesystem::create_directory_symlink(client.directory, client.directory + client.directory);
     for (unsigned number = counts.started++; number < files; number = counts.started++) {
-        const Trial trial(seed + number, options, client.directory);
-        Outcome outcome;
+        Trial trial(seed + number, options, client.directory);
         std::string wrong;
         try {
-            wrong = carryOut(client, tool, trial, counts, outcome);
+            wrong = carryOut(client, tool, trial, counts);
             for (const char *interface : {"eth0", "wlan0", "eth1"})
-                wrong = wrong.empty() ? compare(interface, trial, outcome) : wrong;
+                wrong = wrong.empty() ? compare(interface, trial) : wrong;
         } catch (const std::exception &error) {
             wrong = error.what();
         }
         counts.wrong += !wrong.empty();
         if (files == 1 || (!wrong.empty() && counts.wrong <= 10))
-            std::cout << "\n====== seed " + std::to_string(seed + number) + ": " + wrong + '\n' + outcome.report
+            std::cout << "\n====== seed " + std::to_string(seed + number) + ": " + wrong + '\n' + trial.report
                       << std::flush;
     }
 }
@@ -364,20 +350,15 @@ int main(int argc, char *argv[])
         std::cout << "Skipped: " << obstacle << '\n';
         return 77;
     }
-    void *memory = mmap(nullptr, sizeof(Counts), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
-    Counts &counts = *new (memory) Counts{};
-    for (unsigned worker = 0; worker < std::min(Workers, files); ++worker) {
-        if (fork() == 0) { // each in a namespace of its own
-            work(tool, files, seed, counts);
-            _exit(0);
-        }
-    }
-    bool ended = true;
-    for (int status = 0; wait(&status) > 0;)
-        ended = ended && status == 0;
+    Counts counts = {};
+    std::vector<std::thread> workers(std::min(Workers, files));
+    for (std::thread &worker : workers)
+        worker = std::thread(work, tool, files, seed, std::ref(counts)); // each in a namespace of its own
+    for (std::thread &worker : workers)
+        worker.join();
     std::cout << files << " files: " << counts.sound << " sound, " << counts.changed << " changed, " << counts.noted
               << " with notes, " << counts.refused << " calls refused, " << counts.wrong << " wrong\n";
     // Too few sound files would prove nothing.
     const bool enough = files < 100 || (counts.sound > files / 2 && counts.changed > files / 2);
-    return ended && enough && counts.wrong == 0 ? 0 : 1;
+    return enough && counts.wrong == 0 ? 0 : 1;
 }
