@@ -75,19 +75,13 @@ private slots:
             {"a\\012b\\015c\nnew_x='y'\r", "a\\012b\\015c\\012new_x='y'\\015"},
             {"\\011\\033[2J\\177\\000 ", "\\011\\033[2J\\177\\000 "},
             {"\\303\\244\\342\\200\\214\\360\\237\\230\\200", "\u00E4\u200C\U0001F600"}, // the second joins others
-            {"\\302\\205\\342\\200\\250", "\\302\\205\\342\\200\\250"}, // line ends
-            {"\\342\\200\\256\\357\\273\\277", "\\342\\200\\256\\357\\273\\277"}, // direction, invisible
-            {"\\200\\303x\\303\\303\\303", "\\200\\303x\\303\\303\\303"}, // not UTF-8
-            {"\\300\\257\\340\\200\\257", "\\300\\257\\340\\200\\257"}, // overlong
-            {"\\355\\240\\200\\364\\220\\200\\200", "\\355\\240\\200\\364\\220\\200\\200"}, // not Unicode
-            {"\\360\\237\\277\\277\\370\\220\\200\\200", "\\360\\237\\277\\277\\370\\220\\200\\200"}};
+            // Line ends, direction, invisible; not Unicode, overlong, not UTF-8.
+            {"\\302\\205\\342\\200\\250\\342\\200\\256\\357\\273\\277", "\\302\\205\\342\\200\\250\\342\\200\\256\\357\\273\\277"},
+            {"\\355\\240\\200\\364\\220\\200\\200\\360\\237\\277\\277", "\\355\\240\\200\\364\\220\\200\\200\\360\\237\\277\\277"},
+            {"\\300\\257\\340\\200\\257\\370\\220\\200\\200\\303x\\303\\303", "\\300\\257\\340\\200\\257\\370\\220\\200\\200\\303x\\303\\303"}};
         // clang-format on
-        QStringList variables;
-        for (const auto &row : rows)
-            variables += QString("new_v%1=").arg(variables.size()) + row[0];
-        QCOMPARE(run("BOUND", "eth0", variables), QByteArray());
-        for (int i = 0; i < variables.size(); ++i)
-            QCOMPARE(content(QString("eth0/v%1").arg(i)), QString("new_v%1='").arg(i).toUtf8() + rows[i][1] + "'\n");
+        for (const auto &[passed, shown] : rows)
+            QCOMPARE(run("BOUND", "eth0", {QString("new_v=") + passed}), QByteArray("eth0/v:new_v='") + shown + "'\n");
         QVERIFY(!QFile::exists(root->path("/ran")));
     }
 
@@ -97,10 +91,9 @@ private slots:
             "new_interface_mtu=500|new_domain_search=d|new_host_name=h|new_unknown_228=u|new_expiry=1|"
             "new_ip_address=a|new_network_number=1|new_filename=f|new_server_name=s|new_next_server=n|"
             "old_routers=o|requested_routers=1|new_=x|new_.interfaces=x|new_/../x=x|new__x=x|new_a b=x";
-        run("BOUND", "eth0", names.split('|'));
-        QCOMPARE(files("eth0"),
-                 QByteArray("domain-search: new_domain_search='d'\nhost-name: new_host_name='h'\n"
-                            "interface-mtu: new_interface_mtu='500'\nunknown-228: new_unknown_228='u'\n"));
+        QCOMPARE(run("BOUND", "eth0", names.split('|')),
+                 QByteArray("eth0/domain-search:new_domain_search='d'\neth0/host-name:new_host_name='h'\n"
+                            "eth0/interface-mtu:new_interface_mtu='500'\neth0/unknown-228:new_unknown_228='u'\n"));
         QVERIFY(QFileInfo(path("eth0")).permission(QFile::ReadOther | QFile::ExeOther));
     }
 
@@ -118,75 +111,55 @@ private slots:
         QCOMPARE(run("BOUND", "eth0", {}), QByteArray("status 0\n").repeated(5) + "input\ntrapped\n");
     }
 
-    void interfaces_data()
-    {
-        QTest::addColumn<QString>("eth0"); // whose values are there after these events, "-" being a lost lease
-        QTest::addColumn<QString>("eth1");
-        row("enp3s0 wlan0 br0", "enp3s0", "wlan0");
-        row("eth0 -eth0 enp3s0", "", "enp3s0");
-        row("-eth0 -wlan0 enp3s0", "enp3s0", "");
-        row("enp3s0 eth0 enp3s0", "eth0", "enp3s0");
-        row("enp3s0 wlan0 eth0 enp3s0 -eth0", "", "wlan0");
-        row("# #1 eth0 #1", "eth0", "#1");
-    }
-
     void interfaces()
     {
-        QFETCH(QString, eth0);
-        QFETCH(QString, eth1);
-        for (const QString &word : QString(QTest::currentDataTag()).split(' ')) {
-            const bool lost = word.startsWith('-');
-            const QString interface = word.mid(lost ? 1 : 0);
-            QCOMPARE(run(lost ? "EXPIRE" : "BOUND", interface, {"new_from=" + interface}), QByteArray());
+        // An event, and whose values are in the directories after it.
+        const QString steps = "EXPIRE wlan0 |BOUND enp3s0 eth0=enp3s0 |BOUND eth0 eth0=eth0 |"
+                              "BOUND enp3s0 eth0=eth0 eth1=enp3s0 |EXPIRE enp3s0 eth0=eth0 |BOUND wlan0 eth0=eth0 |"
+                              "EXPIRE eth0 |BOUND wlan0 |BOUND enp3s0 eth1=enp3s0 ";
+        for (const QString &step : steps.split('|')) {
+            const QStringList words = step.split(' ');
+            const QString shown = run(words[0], words[1], {"new_from=" + words[1]});
+            QCOMPARE(QString(shown).replace("/from:new_from='", "=").replace("'\n", " "), step.section(' ', 2));
         }
-        QCOMPARE(files("eth0").split('\'').value(1), eth0.toUtf8());
-        QCOMPARE(files("eth1").split('\'').value(1), eth1.toUtf8());
     }
 
     void spoiledRecord()
     {
         root->write(Values + "/.interfaces", "\n\nwlan0\nwlan0 ../../x -\nbr0 /etc x\neth0 eth1 -1,2\neth1 eth1 -\n"
                                              "wlan1 eth1 -\neth0 - 1,1,x\n\xFF \xFE \xFF\n");
-        QCOMPARE(run("BOUND", "eth0", {"new_a=1"}) + run("BOUND", "wlan1", {"new_a=2"}), QByteArray());
-        QCOMPARE(files("eth0"), QByteArray("a: new_a='1'\n"));
-        QVERIFY(content(".interfaces").endsWith("\neth0 eth0 -\neth1 eth1 -\n"));
-    }
-
-    void obstacles_data()
-    {
-        QTest::addColumn<QString>("written");
-        QTest::addColumn<QString>("reports");
-        row("cd ..; rmdir vars; touch vars", "", "1");
-        row("ln -s /x .lock", "", "1");
-        row("mkdir .interfaces", "ab", "2");
-        row("mkdir -p eth0/a/x", "b", "1");
-        row("mkdir -p eth0/x; ln -s /dev/full eth0/a; echo unfinished >eth0/.a.new", "ab", "0");
-        row("mkdir eth0; umask 077; echo \"new_a='1'\" >eth0/a", "ab", "0");
+        for (const QString interface : {"eth0", "wlan0", "wlan1"})
+            QCOMPARE(run("BOUND", interface, {"new_from=" + interface}), QByteArray("eth0/from:new_from='eth0'\n"));
+        QVERIFY(!QFile::exists(root->path("/var/lib/x")));
     }
 
     void obstacles()
     {
-        QFETCH(QString, written);
-        QFETCH(QString, reports);
-        const QString command = QString("mkdir -p \"$0\"; cd \"$0\"; ") + QTest::currentDataTag();
-        QCOMPARE(QProcess::execute("sh", {"-c", command, path("")}), 0);
-        QCOMPARE(run("BOUND", "eth0", {"new_a=1", "new_b=2"}).count("record-lease: "), reports.toInt());
-        QCOMPARE(content("eth0/a") == "new_a='1'\n", written.contains("a"));
-        QCOMPARE(content("eth0/b") == "new_b='2'\n", written.contains("b"));
+        QDir().mkpath(path(""));
+        QVERIFY(QFile::link("x", path(".lock")));
+        QCOMPARE(run("BOUND", "eth0", {"new_a=1"}).count('\n'), 1); // a report and no value
+        QVERIFY(QFile::remove(path(".lock")));
+        output({"sh", "-c",
+                "cd \"$0\"; mkdir -p .interfaces eth0/a/x; ln -s /dev/full eth0/b; umask 077;"
+                "echo unfinished >eth0/.b.new; echo \"new_c='1'\" >eth0/c",
+                path("")});
+        const QByteArray shown = run("BOUND", "eth0", {"new_a=1", "new_b=2", "new_c=1"});
+        QCOMPARE(shown.count("record-lease: "), 3); // the record is read and written
+        QVERIFY(shown.endsWith("\neth0/b:new_b='2'\neth0/c:new_c='1'\n"));
         root->write("/script", "exec 2>&-\n. \"" HOOK_PATH "\"\n");
         run("BOUND", "eth0", {"new_a=2"});
-        QCOMPARE(QFileInfo(path(".lock")).isFile() ? QFileInfo(path(".lock")).size() : 0, 0); // no report is in it
+        QCOMPARE(QFileInfo(path(".lock")).size(), 0); // no report is in it
     }
 
     void renewal()
     {
-        run("BOUND", "eth0", {"new_same=1", "new_other=1"});
-        QFile same(path("eth0/same"));
+        run("BOUND", "eth0", {"new_other=1", "new_same=1"});
         QFile other(path("eth0/other"));
-        QVERIFY(same.open(QIODevice::Append | QIODevice::Unbuffered) && other.open(QIODevice::ReadOnly));
-        run("RENEW", "eth0", {"new_same=1", "new_other=2"});
+        QFile same(path("eth0/same"));
+        QVERIFY(other.open(QIODevice::ReadOnly) && same.open(QIODevice::Append | QIODevice::Unbuffered));
+        run("RENEW", "eth0", {"new_other=2", "new_same=1"});
         QCOMPARE(other.readAll(), QByteArray("new_other='1'\n"));            // a reader gets all of what it has opened
-        QVERIFY(same.write("#") == 1 && content("eth0/same").endsWith('#')); // not written again
+        QVERIFY(same.write("#") == 1 && shownValues().endsWith("same:#\n")); // not written again
     }
 
     void lock()
@@ -197,42 +170,30 @@ private slots:
         FakeClient script("script", {"reason=BOUND", "interface=eth0", "new_a=2"});
         Process timedOut({RECORDER_PATH, script.pid});
         Process waiting({RECORDER_PATH, script.pid});
-        QTest::qWait(6000); // so long may other hooks take on a busy machine
-        QVERIFY(timedOut.state() == QProcess::Running && waiting.state() == QProcess::Running);
+        QVERIFY(!waiting.ends(6000));                              // so long may other hooks take on a busy machine
         ::kill(static_cast<pid_t>(timedOut.processId()), SIGALRM); // as its own alarm does, later
-        QVERIFY(timedOut.ends());
-        QVERIFY(timedOut.readAllStandardError().endsWith("/.lock\": Connection timed out\n"));
+        QVERIFY(timedOut.ends() && timedOut.readAllStandardError().endsWith("/.lock\": Connection timed out\n"));
         lock.close();
         QVERIFY(waiting.ends());
-        QCOMPARE(content("eth0/a"), QByteArray("new_a='2'\n"));
-    }
-
-    void events_data()
-    {
-        QTest::addColumn<QString>("own");   // the files after an event of the client that holds the lease
-        QTest::addColumn<QString>("other"); // after another client's
-        const char *const old = "a: new_a='old'\nnot-sent-again: new_not_sent_again='old'\n";
-        for (const char *reason : {"BOUND", "REBOOT", "TIMEOUT"})
-            row(reason, "a: new_a='new'\n", "a: new_a='new'\n");
-        for (const char *reason : {"RENEW", "REBIND"})
-            row(reason, "a: new_a='new'\n", old);
-        for (const char *reason : {"TIMEOUT without address", "EXPIRE", "FAIL", "RELEASE", "STOP", "V6ONLY"})
-            row(reason, "", old);
-        row("PREINIT", old, old);
+        QCOMPARE(shownValues(), QByteArray("eth0/a:new_a='2'\n"));
     }
 
     void events()
     {
-        QFETCH(QString, own);
-        QFETCH(QString, other);
         const FakeClient owner("owner");
         const FakeClient stranger("stranger");
-        const QStringList tag = QString(QTest::currentDataTag()).split(' ');
-        const QString address = tag.size() == 1 ? "127.0.0.1" : "192.0.2.9";
-        for (const auto &[pid, expected] : {std::pair(stranger.pid, other), std::pair(owner.pid, own)}) {
-            run("BOUND", "eth0", {"new_a=old", "new_not_sent_again=old"}, owner.pid);
-            QCOMPARE(run(tag[0], "eth0", {"new_a=new", "new_ip_address=" + address}, pid), QByteArray());
-            QCOMPARE(files("eth0"), expected.toUtf8());
+        // The value after an event of the client that holds the lease, and after another client's.
+        const QString rows = "BOUND/new/new REBOOT/new/new TIMEOUT/new/new RENEW/new/old REBIND/new/old EXPIRE//old "
+                             "FAIL//old RELEASE//old STOP//old V6ONLY//old PREINIT/old/old TIMEOUT//old/192.0.2.9";
+        for (const QString &row : rows.split(' ')) {
+            const QStringList cells = row.split('/');
+            QByteArray shown;
+            for (const QString &pid : {owner.pid, stranger.pid}) {
+                run("BOUND", "eth0", {"new_a=old"}, owner.pid);
+                const QStringList event{"new_a=new", "new_ip_address=" + cells.value(3, "127.0.0.1")};
+                shown += '/' + run(cells[0], "eth0", event, pid).split('\'').value(1);
+            }
+            QCOMPARE(cells[0] + shown, row.section('/', 0, 2));
         }
     }
 
@@ -242,27 +203,22 @@ private slots:
         const FakeClient owner("owner", {"FAKE_FORK=1"});
         const QString ended = FakeClient().pid;
         run("BOUND", "eth0", {"new_a=1"}, owner.pid);
-        run("BOUND", "eth0", {"new_a=2"}, ended);
-        QCOMPARE(content("eth0/a"), QByteArray("new_a='1'\n")); // the owner's hook was just faster
+        QVERIFY(run("BOUND", "eth0", {"new_a=2"}, ended).contains("'1'")); // the owner's hook was just faster
         run("EXPIRE", "eth0", {}, owner.pid);
-        run("RENEW", "eth0", {"new_a=3"}, stranger.pid);
-        QCOMPARE(content("eth0/a"), QByteArray("new_a='3'\n"));
+        QVERIFY(run("RENEW", "eth0", {"new_a=3"}, stranger.pid).contains("'3'"));
         run("BOUND", "eth0", {"new_a=4"}, owner.pid);
         ::kill(owner.pid.toInt(), SIGKILL); // nobody waits for it
-        QVERIFY(eventually([&] {
-            run("RENEW", "eth0", {"new_a=5"}, stranger.pid);
-            return content("eth0/a") == "new_a='5'\n";
-        }));
+        QVERIFY(eventually([&] { return run("RENEW", "eth0", {"new_a=5"}, stranger.pid).contains("'5'"); }));
     }
 
     void earlierClients()
     {
+        // clang-format off
+        FakeClient others[] = {{"dhclient|-1|-v"}, {"dhclient|-1 "}, {"dhclient|-1|"}, {"dhclient"}, {"xdhclient|-1"},
+                               {"dhclient/x|-1"}, {"sh|/dhclient|-1"}, {"dhclient|-1", {"KIRO_DHCP_MGR_ROOT=/x"}}};
+        // clang-format on
         FakeClient plain;
         FakeClient withPath("/usr/sbin/dhclient|-1");
-        FakeClient others[] = {{"dhclient|-1|-v"},  {"dhclient|-1 "},
-                               {"dhclient|-1|"},    {"dhclient"},
-                               {"xdhclient|-1"},    {"dhclient/x|-1"},
-                               {"sh|/dhclient|-1"}, {"dhclient|-1", {"KIRO_DHCP_MGR_ROOT=/x"}}};
         FakeClient holder;
         run("BOUND", "eth0", {});
         run("BOUND", "eth1", {});
@@ -290,10 +246,9 @@ private slots:
             const FakeClient ours;
             run("BOUND", "eth1", {}, ours.pid);
             run("BOUND", "eth0", {"new_a=theirs"}, QString::number(theirs.processId()));
-            run("BOUND", "eth0", {"new_a=ours"}, ours.pid);
-            QVERIFY(theirs.lives());
             // Another network has another interface of that name.
-            QCOMPARE(content("eth0/a").contains("theirs"), options.contains("--net"));
+            QCOMPARE(run("BOUND", "eth0", {"new_a=ours"}, ours.pid).contains("theirs"), options == "--net");
+            QVERIFY(theirs.lives());
         }
     }
 
@@ -302,44 +257,39 @@ private slots:
         FakeClient window("window", {"FAKE_WINDOW=1"});
         for (const char *reason : {"BOUND", "EXPIRE"}) {
             run(reason, "eth0", {});
-            QVERIFY(window.waitForReadyRead(Patience));
-            QCOMPARE(window.readAll(), QByteArray("hangup\n"));
+            QVERIFY(window.waitForReadyRead(Patience) && window.readAll() == "hangup\n");
         }
         QVERIFY(window.lives());
     }
 
 private:
-    static void row(const char *tag, const char *first, const char *second) { QTest::newRow(tag) << first << second; }
+    static QByteArray output(const QStringList &command)
+    {
+        Process process(command);
+        process.write("input\n");
+        process.closeWriteChannel();
+        process.ends();
+        return process.readAllStandardOutput() + process.readAllStandardError();
+    }
 
-    /// One event of the client; returns what the hook writes.
+    /// One event of the client. Returns what the hook writes, and then the values.
     QByteArray run(const QString &reason, const QString &interface, const QStringList &variables,
                    const QString &pid = "") const
     {
         const QStringList event{"reason=" + reason, "interface=" + interface, "pid=" + pid};
-        Process shell(event + variables + QStringList{"dash", root->path("/script")});
-        shell.write("input\n");
-        shell.closeWriteChannel();
-        shell.ends();
-        return shell.readAllStandardOutput() + shell.readAllStandardError();
+        const QByteArray said = output(event + variables + QStringList{"dash", root->path("/script")});
+        return said + shownValues();
+    }
+
+    /// The lines of the files that everybody may read, each as "eth0/FILE:LINE".
+    QByteArray shownValues() const
+    {
+        return output({"sh", "-c",
+                       "exec 2>&-; cd \"$0\"; find eth? -type f -perm -4 -print0 | sort -z | xargs -0r grep -aH ''",
+                       path("")});
     }
 
     QString path(const QString &file) const { return root->path(Values + "/" + file); }
-
-    /// Empty unless everybody may read it.
-    QByteArray content(const QString &name) const
-    {
-        QFile file(path(name));
-        return file.permissions() & QFile::ReadOther && file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
-
-    /// Names and contents of all files, hidden ones too.
-    QByteArray files(const QString &directory) const
-    {
-        QByteArray found;
-        for (const QString &name : QDir(path(directory)).entryList(QDir::Files | QDir::Hidden))
-            found += name.toUtf8() + ": " + content(directory + '/' + name);
-        return found;
-    }
 
     const QString Values = QStringLiteral("/var/lib/dhcp3/vars");
     std::unique_ptr<TrialRoot> root;
