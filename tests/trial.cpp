@@ -3,9 +3,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QProcess>
-
-const QByteArray Custom = "<linux-type>text</linux-type>";
-const QByteArray Predefined = "<linux-predefined>yes</linux-predefined>";
+#include <QRegularExpression>
 
 TrialRoot::TrialRoot()
 {
@@ -13,19 +11,18 @@ TrialRoot::TrialRoot()
     QDir().mkpath(path("/usr/share/kiro-dhcp-mgr"));
 }
 
-void TrialRoot::write(const QString &fixedPath, const QByteArray &content) const
+QString TrialRoot::write(const QString &fixedPath, const QByteArray &content) const
 {
     QFile file(path(fixedPath));
     QDir().mkpath(QFileInfo(file).path());
     if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
         qFatal("cannot write %s", qUtf8Printable(file.fileName()));
+    return file.fileName();
 }
 
 QString TrialRoot::define(const QString &fileName, const QByteArray &elements) const
 {
-    const QString fixedPath = "/usr/share/kiro-dhcp-mgr/" + fileName;
-    write(fixedPath, "<dhcp-option>\n" + elements + "\n</dhcp-option>\n");
-    return path(fixedPath);
+    return write("/usr/share/kiro-dhcp-mgr/" + fileName, "<dhcp-option>\n" + elements + "\n</dhcp-option>\n");
 }
 
 QString TrialRoot::define(const QString &linuxName, int code, const QByteArray &more) const
@@ -34,23 +31,20 @@ QString TrialRoot::define(const QString &linuxName, int code, const QByteArray &
     return define(linuxName + ".xml", elements.arg(linuxName).arg(code).toUtf8() + more);
 }
 
-void TrialRoot::setValue(const QString &fileName, const QByteArray &content) const
-{
-    write("/var/lib/dhcp3/vars/eth0/" + fileName, content);
-}
-
 void TrialRoot::installRecorder(const QString &fixedPath, const QByteArray &before) const
 {
-    write(fixedPath,
-          "#!/bin/sh\n" + before + "\nIFS='|'\nprintf '%s\\n' \"${0##*/}|$*\" >>\"$KIRO_DHCP_MGR_ROOT/recorded\"\n");
-    QFile::setPermissions(path(fixedPath), QFile::Permissions(0x7755));
+    const QByteArray note = "\nIFS='|'\nprintf '%s\\n' \"${0##*/}|$*\" >>\"$KIRO_DHCP_MGR_ROOT/recorded\"\n";
+    QFile::setPermissions(write(fixedPath, "#!/bin/sh\n" + before + note), QFile::Permissions(0x7755));
 }
 
-QStringList TrialRoot::recorded() const
+QStringList TrialRoot::recorded(int atLeast) const
 {
-    QFile file(path("/recorded"));
-    return QString::fromUtf8(file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray())
-        .split('\n', Qt::SkipEmptyParts);
+    for (;; QTest::qSleep(10)) {
+        QFile file(path("/recorded"));
+        const QByteArray notes = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+        if (notes.count('\n') >= atLeast)
+            return QString::fromUtf8(notes).split('\n', Qt::SkipEmptyParts);
+    }
 }
 
 QStringList TrialRoot::sql(const QString &statement) const
@@ -66,18 +60,14 @@ QStringList TrialRoot::sql(const QString &statement) const
 
 void TrialRoot::presetRegistry(const QString &entries) const
 {
-    sql("CREATE TABLE entry(key TEXT PRIMARY KEY, type INTEGER NOT NULL, value TEXT NOT NULL);"
-        "INSERT INTO entry VALUES"
-        + entries);
+    const QString columns = "key TEXT PRIMARY KEY, type INTEGER NOT NULL, value TEXT NOT NULL";
+    sql("CREATE TABLE entry(" + columns + "); INSERT INTO entry VALUES " + entries);
 }
 
 void addRows(const char *table)
 {
     QTest::addColumn<QStringList>("cells");
-    for (const QString &line : QString::fromUtf8(table).split('\n', Qt::SkipEmptyParts)) {
-        QStringList cells = QString(' ' + line.trimmed().replace("\\n", "\n") + ' ').split(" ; ");
-        cells.first().remove(0, 1);
-        cells.last().chop(1);
-        QTest::newRow(qUtf8Printable(line.trimmed())) << cells;
-    }
+    const QRegularExpression separator("(^| );( |$)");
+    for (const QString &line : QString::fromUtf8(table).split('\n', Qt::SkipEmptyParts))
+        QTest::newRow(qUtf8Printable(line.trimmed())) << line.trimmed().replace("\\n", "\n").split(separator);
 }

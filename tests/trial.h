@@ -15,19 +15,24 @@ public:
     TrialRoot();
 
     QString path(const QString &fixedPath) const { return directory.path() + fixedPath; }
-    void write(const QString &fixedPath, const QByteArray &content) const;
+    /// Writes a file, with the directories above it; returns its path.
+    QString write(const QString &fixedPath, const QByteArray &content) const;
     void remove(const QString &fixedPath) const { QFile::remove(path(fixedPath)); }
 
     /// Writes a definition file of the directory that the program scans; returns its path.
     QString define(const QString &fileName, const QByteArray &elements) const;
     /// A definition with code, client name and display name; `more` adds elements.
     QString define(const QString &linuxName, int code, const QByteArray &more) const;
-    void setValue(const QString &fileName, const QByteArray &content) const;
+    void setValue(const QString &file, const QByteArray &text) const
+    {
+        write("/var/lib/dhcp3/vars/eth0/" + file, text);
+    }
 
     /// Puts a program at the path that only records its arguments, after `before` ran as shell code.
     void installRecorder(const QString &fixedPath, const QByteArray &before = QByteArray()) const;
-    /// What the recorders noted, one line per call: the program's name and its arguments, separated by "|".
-    QStringList recorded() const;
+    /// What the recorders noted, one line per call: the program's name and its arguments, separated by "|". Waits for
+    /// that many calls, without an event loop, which would end a tool that is slow.
+    QStringList recorded(int atLeast = 0) const;
     void forgetRecorded() const { remove(QStringLiteral("/recorded")); }
 
     /// Runs SQL on the registry through the sqlite3 shell, as an administrator would; returns its output's lines.
@@ -40,8 +45,8 @@ private:
 };
 
 /// Elements that make a definition one of a custom option, or of one that the client knows.
-extern const QByteArray Custom;
-extern const QByteArray Predefined;
+inline const QByteArray Custom = "<linux-type>text</linux-type>";
+inline const QByteArray Predefined = "<linux-predefined>yes</linux-predefined>";
 
 /// Adds a data row for each line of the table; the test fetches its "cells", which stand between " ; ". "\n" is a line
 /// break in a cell.
@@ -55,17 +60,13 @@ bool eventually(Condition condition)
 }
 
 /// What goes to standard error while it lives.
-class CapturedErrors
+struct CapturedErrors : std::ostringstream
 {
-public:
-    CapturedErrors() : previous(std::cerr.rdbuf(captured.rdbuf())) {}
-    ~CapturedErrors() { std::cerr.rdbuf(previous); }
-    QString text() const { return QString::fromStdString(captured.str()); }
+    CapturedErrors() : previous(std::cerr.rdbuf(rdbuf())) {}
+    ~CapturedErrors() override { std::cerr.rdbuf(previous); }
+    QString text() const { return QString::fromStdString(str()); }
 
-private:
-    Q_DISABLE_COPY(CapturedErrors)
-    std::ostringstream captured;
-    std::streambuf *previous;
+    std::streambuf *const previous;
 };
 
 #endif

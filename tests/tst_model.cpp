@@ -5,9 +5,10 @@
 
 #include <QDir>
 #include <QElapsedTimer>
-#include <QProcess>
 #include <QXmlInputSource>
 #include <QXmlSimpleReader>
+
+#include <sys/stat.h>
 
 namespace {
 
@@ -22,26 +23,19 @@ bool read(const QString &document, DhcpOption &option)
     return reader.parse(source);
 }
 
-const QStringList elements = {"code",       "windows-name", "windows-type",    "linux-name",      "linux-type",
-                              "dhcp-class", "example",      "default",         "standard-option", "hide-option",
-                              "name",       "description",  "linux-predefined"};
-
-/// What the record holds for each of them.
-QStringList fields(const DhcpOption &record)
+/// What the record holds for each element.
+QMap<QString, QString> fields(const DhcpOption &record)
 {
+    const auto number = [](uint value) { return QString::number(value); };
     const auto texts = [](const auto &table) -> QString { return table.value("DE") + '/' + table.value("en"); };
     // clang-format off
-    return {QString::number(record.standardCode), record.windowsName, record.windowsType, record.linuxName,
-            record.linuxType, QString::number(record.dhcpClass), record.example,
-            QString::number(record.requestedByDefault), QString::number(record.standardOption),
-            QString::number(record.hideOption), texts(record.names), texts(record.descriptions),
-            QString::number(record.linuxPredefined)};
+    return {{"code", number(record.standardCode)}, {"dhcp-class", number(record.dhcpClass)},
+            {"windows-name", record.windowsName}, {"windows-type", record.windowsType},
+            {"linux-name", record.linuxName}, {"linux-type", record.linuxType}, {"example", record.example},
+            {"name", texts(record.names)}, {"description", texts(record.descriptions)},
+            {"default", number(record.requestedByDefault)}, {"standard-option", number(record.standardOption)},
+            {"hide-option", number(record.hideOption)}, {"linux-predefined", number(record.linuxPredefined)}};
     // clang-format on
-}
-
-int countDescriptors()
-{
-    return QDir("/proc/self/fd").entryList(QDir::Files | QDir::System).count();
 }
 
 } // namespace
@@ -54,7 +48,8 @@ private slots:
     void initTestCase()
     {
         root.installRecorder("/usr/sbin/kiro-dhclient-edit");
-        root.presetRegistry("('x', 0, '')");
+        root.presetRegistry("('root/DHCP/Code_s300', 7, '300'), ('root/DHCP/Code_s210', 7, '210'),"
+                            "('root/DHCP/Code_hex', 7, '0xD2'), ('root/DHCP/Code_known', 7, '211')");
     }
 
     /// Element, words that are accepted, with what the record holds then if it is another text, and refused ones.
@@ -63,14 +58,14 @@ private slots:
         addRows(R"(
             code ; 42,0x2A=42,0X2a=42,052=42,0,300,4294967295 ; 4 2,42h,,-1,4294967296,0x,08
             name ; x y=/x y
-            description ;  a\n  b =/ a\n  b  ;
-            windows-name ; W
+            description ;  a\n  b =/ a\n  b ,x=/x
+            windows-name ; W,
             windows-type ; Byte,Word,Long,String,Binary,BYTE ARRAY,ip address,Long Array Integer ; Array,,Byte ,Short
             linux-name ; n_1
             linux-type ; integer 8,array of unsigned integer 8,text,string,ip6-address, ; array of unsigned text
             linux-type ; Array Of Boolean,unsigned text ; array of STRING,ENCAPSULATE vendor,array of encapsulate x
             dhcp-class ; Standard=0,user-controlled=0,Managed=1,always on=2,ALWAYS-OFF=3 ; Always_On,Always  On,,Never
-            example ;  x , ;
+            example ;  x ,
             default ; On=1,TRUE=1,yes=1,Enabled=1,off=0,False=0,NO=0,DISABLED=0 ; 1,0,, on, true ,nope
             standard-option ; on=1,off=0 ; x
             hide-option ; on=1,off=0 ; x
@@ -82,13 +77,13 @@ private slots:
         QFETCH(QStringList, cells);
         const QString element = cells.at(0);
         const QStringList accepted = cells.at(1).split(',');
-        for (const QString &entry : accepted + (cells.value(2).isEmpty() ? QStringList() : cells.at(2).split(','))) {
+        for (const QString &entry : accepted + (cells.size() > 2 ? cells.at(2).split(',') : QStringList())) {
             const QString word = entry.section('=', 0, 0);
             const bool isAccepted = accepted.contains(entry);
             DhcpOption option(QString(), nullptr);
-            QStringList expected = fields(option);
+            QMap<QString, QString> expected = fields(option);
             if (isAccepted)
-                expected[elements.indexOf(element)] = entry.section('=', -1);
+                expected[element] = entry.section('=', -1);
             const CapturedErrors errors;
             const QString document = "<dhcp-option> <%1>%2</%1> </dhcp-option>";
             QVERIFY2(read(document.arg(element, word), option) == isAccepted, qPrintable(word));
@@ -98,33 +93,17 @@ private slots:
         }
     }
 
-    /// Document, whether it is accepted, the line on standard error, the names that are stored.
-    void documents_data()
-    {
-        addRows(R"(
-            <dhcp-option><code>1</code></dhcp-option> ; 1 ; <dhcp-option> element without a value\n ; /
-            <dhcp-option><Comment>x</Comment><name>x</name></dhcp-option> ; 0 ; Unrecognized element 'Comment'\n ; /
-            <options><name>1</name> </options> ; 0 ; Unrecognized element 'options'\n ; /1
-            <dhcp-option><name>1</name> ; 0 ;  ; /1
-            <dhcp-option><default>x</default><code>y</code></dhcp-option> ; 0 ; Bad <default> element: 'x'\n ; /
-            <a:dhcp-option xmlns:a='u'><name>x<a:code>7</a:code>y</name> </a:dhcp-option> ; 1 ;  ; /y
-            <DHCP-Option><NAME>a</NAME><name x='y' LANG='DE'>b</name><name lang='en'>&lt;c</name> </DHCP-Option> ; 1 ;  ; b/<c)");
-    }
-
     void documents()
     {
-        QFETCH(QStringList, cells);
         const CapturedErrors errors;
         DhcpOption option(QString(), nullptr);
-        QCOMPARE(read(cells.at(0), option), cells.at(1) == "1");
-        QCOMPARE(errors.text(), cells.at(2));
-        QCOMPARE(fields(option).at(elements.indexOf("name")), cells.at(3));
-    }
-
-    void depth()
-    {
-        DhcpOption option(QString(), nullptr);
-        QVERIFY(!read("<dhcp-option>" + QString("<name>").repeated(200000), option));
+        const QString nested = "<a:DHCP-Option xmlns:a='u'><NAME x='y' LANG='DE'>b</NAME>"
+                               "<name lang='DE'>x<a:code>7</a:code>y&lt;z</name> </a:DHCP-Option>";
+        QVERIFY(read(nested, option));
+        QVERIFY(!read("<dhcp-option><Comment>x</Comment><name>z</name></dhcp-option>", option));
+        QCOMPARE(fields(option)["name"], "b/y<z");
+        QCOMPARE(errors.text(), "Unrecognized element 'Comment'\n");
+        QVERIFY2(!read("<dhcp-option>" + QString("<name>").repeated(200000), option), "Qt's reader is stopped in time");
         QVERIFY(read("<dhcp-option>" + QString("<name>x</name>").repeated(1000) + " </dhcp-option>", option));
     }
 
@@ -132,14 +111,12 @@ private slots:
     void localizedText_data()
     {
         addRows(R"(
-            de_DE ; de_DE ; de_DE ; de ; en
             de_DE.UTF-8 ; de_DE ; de_DE ; de
             de_AT ; de ; de_DE ; de ; en
             fr_FR ; en_US ; de ; en_US ; en
             fr ; en_US.UTF-8 ; en_US.UTF-8 ; en_US
             en_GB ;  ; en_US ; de
             .UTF-8 ; en ; en ;
-            _DE ; en ; DE ; en ;
              ; C ; C ; en)");
     }
 
@@ -152,34 +129,13 @@ private slots:
         QCOMPARE(DhcpOption(QString(), nullptr).localizedText(cells.at(0), texts), cells.at(1));
     }
 
-    void storedCode_data()
-    {
-        addRows(R"(
-            210 ; 210
-            300 ; 300
-             ; 200
-            0xD2 ; 200
-            211 ; 200 ; <linux-predefined>yes</linux-predefined>)");
-    }
-
-    void storedCode()
-    {
-        QFETCH(QStringList, cells);
-        root.sql(QString("REPLACE INTO entry VALUES('root/DHCP/Code_stored', 7, '%1')").arg(cells.at(0)));
-        const DhcpOption option(root.define("stored", 200, Custom + cells.value(2).toUtf8()), nullptr);
-        QCOMPARE(QString::number(option.code), cells.at(1));
-        QCOMPARE(option.appliedCode, option.code);
-    }
-
     void currentValue_data()
     {
         addRows(R"(
-            x=1 ; 1
             \n # a=b\n\n   \n no\n  x=a=b \nx=2 ; a=b  ;
             # only\n\nno assignment\n ; N/A
             x= ;
             x=\qq\q ; q
-            x='open ; 'open
             x='mixed\q ; 'mixed\q
             x=' ;
             x='äö\rü €'\r\n ; äöü €)");
@@ -193,69 +149,64 @@ private slots:
         QCOMPARE(DhcpOption(root.define("valued", 200, Custom), nullptr).currentValue, cells.at(1));
     }
 
+    /// The first file that can be opened is read, whatever comes of it: a pipe is not waited for, a long file is cut.
     void valueFileChosen()
     {
-        const QString directory = "/var/lib/dhcp3/vars";
-        const QStringList order = {"/eth0/a-b", "/eth0/a_b", "/eth1/a-b", "/eth1/a_b"};
-        for (const QString &path : order)
-            root.write(directory + path, "x=" + path.toUtf8());
+        QStringList files;
+        for (const char *name : {"eth0/a-b", "eth0/a_b", "eth1/a-b", "eth1/a_b"})
+            files << root.write("/var/lib/dhcp3/vars/" + QString(name), QByteArray("x=") + name);
         DhcpOption option(root.define("a_b", 200, Custom), nullptr);
-        const int descriptors = countDescriptors();
-        for (const QString &path : order) {
+        const auto descriptors = [] { return QDir("/proc/self/fd").entryList(QDir::Files | QDir::System).count(); };
+        const int before = descriptors();
+        for (const QString &file : files) {
             option.readCurrentValue();
-            QCOMPARE(option.currentValue, path);
-            root.remove(directory + path);
+            QCOMPARE(option.currentValue, file.section('/', -2));
+            QFile::remove(file);
         }
-        // The first that is readable is the one, whatever comes of it.
-        root.write(directory + order.at(1), "x=never");
-        const auto readFirst = [&](const QString &command) {
-            const QString first = root.path(directory + order.at(0));
-            QProcess::execute("sh", {"-c", QString("rm -f %1; " + command).arg(first)});
-            option.readCurrentValue();
-            return option.currentValue;
-        };
-        QCOMPARE(readFirst("echo '# nothing' >%1"), "N/A");
-        QCOMPARE(readFirst("mkfifo %1"), "N/A");
-        QVERIFY(readFirst("{ printf x=; head -c 100M /dev/zero | tr '\\0' z; } >%1").size() < 100000);
-        QCOMPARE(countDescriptors(), descriptors);
+        ::mkfifo(qPrintable(files.at(0)), 0600);
+        QFile(root.write("/var/lib/dhcp3/vars/eth0/a_b", "x=long")).resize(100 << 20);
+        option.readCurrentValue();
+        QCOMPARE(option.currentValue, "N/A");
+        QFile::remove(files.at(0));
+        option.readCurrentValue();
+        QVERIFY(option.currentValue.startsWith("long") && option.currentValue.size() < 100000);
+        QCOMPARE(descriptors(), before);
     }
 
-    /// The tool's arguments, the code in effect and the last applied one, whether a code is stored, the kind.
+    /// The option's name, the code that is typed, the kind of option, the tool's arguments.
     void applied_data()
     {
         addRows(R"(
-            --add-request|N ; 200 ; 200 ; 0 ; <linux-predefined>yes</linux-predefined>
-            --del-request|N ; 200 ; 200 ; 0 ; <linux-predefined>yes</linux-predefined>
-            --add-new-option|N 200 text|--add-request|N ; 200 ; 200 ; 0 ;
-            --del-new-option|N 200 text|--del-request|N ; 200 ; 200 ; 0 ;
-            --del-new-option|N 200 text|--del-new-option|N 200 text|--add-new-option|N 210 text|--add-request|N ; 210 ; 200 ; 1 ;
-            --del-new-option|N 200 text|--add-new-option|N 211 text|--add-request|N ; 211 ; 211 ; 1 ; <dhcp-class>Always-On</dhcp-class>
-            --del-new-option|N 210 text|--del-new-option|N 200 text|--del-request|N ; 200 ; 210 ; 0 ;
-             ; 200 ; 200 ; 0 ; <dhcp-class>Managed</dhcp-class>
-             ; 212 ; 200 ; 0 ; <dhcp-class>Always-Off</dhcp-class>)");
+            known ;  ; <linux-predefined>yes</linux-predefined> ; --add-request|known
+            unknown ;  ; <linux-predefined>yes</linux-predefined> ; --del-request|unknown
+            hex ;  ;  ; --add-new-option|hex 200 text|--add-request|hex
+            off ;  ;  ; --del-new-option|off 200 text|--del-request|off
+            n ; 210 ;  ; --del-new-option|n 200 text|--del-new-option|n 200 text|--add-new-option|n 210 text|--add-request|n
+            s300 ;  ; <dhcp-class>Always-On</dhcp-class> ; --del-new-option|s300 200 text|--add-new-option|s300 300 text|--add-request|s300
+            s210 ; 200 ;  ; --del-new-option|s210 210 text|--del-new-option|s210 200 text|--del-request|s210
+            managed ;  ; <dhcp-class>Managed</dhcp-class>
+            never ; 212 ; <dhcp-class>Always-Off</dhcp-class>)");
     }
 
     void applied()
     {
         QFETCH(QStringList, cells);
-        const QString arguments = cells.at(0);
-        const bool requested = !arguments.contains("--del-request");
-        const bool isIgnored = arguments.isEmpty();
+        const QString name = cells.at(0);
+        const QStringList calls = cells.mid(3);
+        const bool requested = !cells.last().contains("--del-request");
+        const bool isIgnored = calls.isEmpty();
         root.forgetRecorded();
-        DhcpOption option(root.define("N", 200, Custom + cells.at(4).toUtf8()), nullptr);
-        option.code = cells.at(1).toUInt();
-        option.appliedCode = cells.at(2).toUInt();
+        DhcpOption option(root.define(name, 200, Custom + cells.at(2).toUtf8()), nullptr);
+        option.setCode(cells.at(1)); // an empty text is none
         option.appliedRequested = !requested;
-        QCOMPARE(option.applyToClient(requested), cells.at(3) == "1");
-        while (!isIgnored && root.recorded().isEmpty()) // it may be slow on a busy machine
-            QTest::qSleep(10);
-        QCOMPARE(root.recorded(), isIgnored ? QStringList() : QStringList("kiro-dhclient-edit|" + arguments));
-        QCOMPARE(QString::number(option.appliedCode), cells.at(isIgnored ? 2 : 1));
+        const bool isStored = option.applyToClient(requested);
+        QCOMPARE(isStored, !isIgnored && option.code != 200);
+        QCOMPARE(root.recorded(calls.count()).replaceInStrings("kiro-dhclient-edit|", ""), calls);
+        QCOMPARE(option.appliedCode, isIgnored ? 200 : option.code);
         QCOMPARE(option.appliedRequested, isIgnored != requested);
         VorkanClient().commit(QString());
-        const QString stored = "SELECT count(*) FROM entry WHERE key = 'root/DHCP/Code_N' AND type = 7 AND value = "
-                               + cells.at(1);
-        QCOMPARE(root.sql(stored), QStringList(cells.at(3)));
+        const QString entry = QString("root/DHCP/Code_%1|7|%2").arg(name).arg(option.code);
+        QCOMPARE(root.sql("SELECT * FROM entry").contains(entry), isStored);
     }
 
     void slowTool()
