@@ -84,10 +84,8 @@ RealClient::Heard RealClient::run(const std::string &configuration) const
     waitpid(client, nullptr, 0);
     const std::string said = Posix::readFile(directory + "/errors", 1 << 24).value_or("");
     const std::size_t first = said.find(directory);
-    if (ended.si_pid != 0)
-        heard.complaints = "ended\n" + said;
-    else if (heard.requested.size() < Interfaces)
-        throw std::runtime_error("the client sends nothing\n" + said);
+    if (ended.si_pid != 0 || heard.requested.size() < Interfaces) // some open strings make it read for ever
+        heard.complaints = "ended or sent nothing\n" + said;
     else if (first != std::string::npos)
         heard.complaints = said.substr(first, said.find("\nListening on", first) - first);
     return heard;
