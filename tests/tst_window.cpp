@@ -235,8 +235,8 @@ private slots:
             const QPoint place = table->visualItemRect(this->cell(name, ValueColumn)).center();
             QHelpEvent asking(QEvent::ToolTip, place, table->viewport()->mapToGlobal(place));
             QApplication::sendEvent(table->viewport(), &asking);
-            QCOMPARE(QToolTip::text().contains("ldaps://&lt;b&gt;lll"), name == "long");
-            QVERIFY(QToolTip::text().size() < 2000);
+            const QString seen = QToolTip::text();
+            QVERIFY(name == "value" ? seen.isEmpty() : seen.contains("ldaps://&lt;b&gt;lll") && seen.size() < 2000);
         }
         QVERIFY(!table->wordWrap()); // it would cut a line at its first break
     }
