@@ -144,10 +144,14 @@ void carryOut(Draft &draft, const std::vector<Edit> &edits, std::size_t index)
         noteSharedCode(draft, {option.id, option.code}, option.name);
         break;
     case Command::DelNewOption:
-        if (!isDeclaredLater)
+        if (!isDeclaredLater) {
             undeclare(draft, option);
-        else if (othersWithCode(draft.reading(), {option.id, option.code}).empty())
-            nameNumbers(draft, {option.id, option.code}, option.name); // the declaration changes in place
+        } else if (othersWithCode(draft.reading(), {option.id, option.code}).empty()) {
+            // The declaration changes in place. The code that it had may be what lists it.
+            nameNumbers(draft, {option.id, option.code}, option.name);
+            if (declaration->option.code != option.code)
+                noteIncludedLists(draft, {std::string(), option.code}, option.name);
+        }
         break;
     }
 }

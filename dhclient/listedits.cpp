@@ -48,6 +48,11 @@ void unlist(Draft &draft, const Option &option)
 void unlistEverywhere(Draft &draft, const Option &option, const std::string &name)
 {
     unlist(draft, option);
+    noteIncludedLists(draft, option, name);
+}
+
+void noteIncludedLists(Draft &draft, const Option &option, const std::string &name)
+{
     for (const Step &step : draft.reading().steps()) {
         if (step.included && isList(step) && option.isIn(step))
             draft.note(fileName(step) + " still lists \"" + name + '"');

@@ -19,6 +19,7 @@ void requestNoMore(Draft &draft, const Option &option, const std::string &name);
 void unlist(Draft &draft, const Option &option);
 /// The same, with a note for the lists of included files.
 void unlistEverywhere(Draft &draft, const Option &option, const std::string &name);
+void noteIncludedLists(Draft &draft, const Option &option, const std::string &name);
 /// Lists it by its name instead of its number: whether the client sends that depends on where the declaration stands
 /// (measured).
 void nameNumbers(Draft &draft, const Option &option, const std::string &name);

@@ -255,6 +255,11 @@ std::string carryOut(const RealClient &client, const std::string &tool, Trial &t
     const bool changed = text != trial.text;
     trial.after = changed ? client.run(conf) : trial.before;
     trial.report += "=== NEW\n" + text + '\n' + trial.after.complaints + '\n';
+    // Debian 13's client ends with a segmentation fault over some lists of names by number.
+    if (trial.after.requested.size() < trial.before.requested.size() && text.find("unknown-") != std::string::npos) {
+        trial.after = trial.before;
+        trial.done.clear();
+    }
     for (const std::string &statement : trial.untouchable) {
         if (trial.text.find(statement) != std::string::npos && text.find(statement) == std::string::npos)
             return "changes " + statement;
