@@ -7,6 +7,7 @@
 #include <stdexcept>
 
 #include <arpa/inet.h>
+#include <fcntl.h>
 #include <linux/if_ether.h>
 #include <linux/if_packet.h>
 #include <net/if.h>
@@ -82,7 +83,8 @@ RealClient::Heard RealClient::run(const std::string &configuration) const
     }
     kill(client, SIGKILL);
     waitpid(client, nullptr, 0);
-    const std::string said = Posix::readFile(directory + "/errors", 1 << 24).value_or("");
+    const Posix::Descriptor errors(open((directory + "/errors").c_str(), O_RDONLY | O_CLOEXEC));
+    const std::string said = Posix::readAll(errors.get(), 1 << 20, "errors"); // endless over some open strings
     const std::size_t first = said.find(directory);
     if (ended.si_pid != 0 || heard.requested.size() < Interfaces) // some open strings make it read for ever
         heard.complaints = "ended or sent nothing\n" + said;
