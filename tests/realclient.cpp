@@ -84,7 +84,7 @@ RealClient::Heard RealClient::run(const std::string &configuration) const
     kill(client, SIGKILL);
     waitpid(client, nullptr, 0);
     const Posix::Descriptor errors(open((directory + "/errors").c_str(), O_RDONLY | O_CLOEXEC));
-    const std::string said = Posix::readAll(errors.get(), 1 << 20, "errors"); // endless over some open strings
+    const std::string said = Posix::readAll(errors.get(), 1 << 24, "errors"); // endless over some open strings
     const std::size_t first = said.find(directory);
     if (ended.si_pid != 0 || heard.requested.size() < Interfaces) // some open strings make it read for ever
         heard.complaints = "ended or sent nothing\n" + said;
