@@ -75,7 +75,7 @@ private slots:
     void words()
     {
         QFETCH(QStringList, cells);
-        const QString element = cells.at(0);
+        const QString &element = cells.at(0);
         const QStringList accepted = cells.at(1).split(',');
         for (const QString &entry : accepted + (cells.size() > 2 ? cells.at(2).split(',') : QStringList())) {
             const QString word = entry.section('=', 0, 0);

@@ -77,7 +77,7 @@ private slots:
     void details()
     {
         QFETCH(QStringList, cells);
-        const QString shown = cells.at(2);
+        const QString &shown = cells.at(2);
         // Of equal codes the first in the list is described, also for the other one's row.
         open({"i 250 " + cells.at(0), "other " + shown + ' ' + cells.at(0)});
         options.at(0)->appliedCode = cells.at(1).toUInt();

@@ -37,7 +37,7 @@ protected:
         options.clear();
         for (const QString &definition : definitions) {
             const QStringList parts = definition.split(' ', Qt::SkipEmptyParts);
-            const QString name = parts.at(0);
+            const QString &name = parts.at(0);
             QString elements = QString("<linux-name>%1</linux-name><code>%2</code>").arg(name, parts.at(1));
             elements += "<name>" + name.left(1).toUpper() + name.mid(1) + "</name>";
             elements += parts.contains("known") ? QString() : Custom;
