@@ -217,8 +217,8 @@ def attempt(seed):
     return trial.counts, trial.report
 
 
-def main():
-    files, seed = (int(argument) for argument in (*sys.argv[1:], *("300", "1")[len(sys.argv) - 1:]))
+def main(files="400", seed="12000"):
+    files, seed = int(files), int(seed)
     if obstacle():
         print("Skipped:", obstacle())
         return 77
@@ -234,4 +234,4 @@ def main():
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    sys.exit(main(*sys.argv[1:]))

@@ -8,7 +8,6 @@
 #include <QContextMenuEvent>
 #include <QHelpEvent>
 #include <QMessageBox>
-#include <QProcess>
 #include <QScreen>
 #include <QTimer>
 #include <QToolTip>
@@ -21,17 +20,6 @@ class TestWindow : public WindowTest
     Q_OBJECT
 
 private slots:
-    /// The program itself shows it: the minimal platform can save what would be on a screen.
-    void shown()
-    {
-        QProcess program;
-        program.setWorkingDirectory(root.path("/"));
-        program.start("env", {"QT_QPA_PLATFORM=minimal", "QT_DEBUG_BACKINGSTORE=1", PROGRAM_PATH});
-        QVERIFY(eventually([&] { return QFile::exists(root.path("/output0000.png")); }));
-        program.kill();
-        program.waitForFinished();
-    }
-
     /// The Tab key reaches everything in the order of the layout, and leaves the table again.
     void layout()
     {

@@ -1,0 +1,135 @@
+"""The built program as a process: run modes, displays, single instance, signals, exit statuses."""
+
+import os
+import select
+import signal
+import sqlite3
+import subprocess
+from pathlib import Path
+
+import pytest
+
+from trial import eventually
+
+PROGRAM = Path.cwd() / "app/kiro-dhcp-mgr"
+TOOL = "/usr/sbin/kiro-dhclient-edit"
+CLIENT = "/usr/sbin/dhclient"
+RECORDER = '#!/bin/sh\n{}\nIFS="|"; echo "${{0##*/}}|$*" >>$KIRO_DHCP_MGR_ROOT/recorded\n'
+DEFINITIONS = "/usr/share/kiro-dhcp-mgr"
+REGISTRY = "/var/lib/vorkan/registry.db"
+CUSTOM = "<code>200</code><linux-name>{0}</linux-name><name>Name of {0}</name><linux-type>text</linux-type>"
+PREDEFINED = "<linux-name>bar</linux-name><linux-predefined>yes</linux-predefined>"
+IGNORED = "Parse error, file ignored: FILE\n"
+FAILED = "DhcpOption: File parse failed for FILE\n" + IGNORED
+
+
+@pytest.fixture(autouse=True)
+def registry(root):
+    """Installs a tool and a client that only record their calls, one definition, and an administrator's registry."""
+    check = "test $DBUS_SESSION_BUS_ADDRESS = disabled: || exit; kill -HUP $PPID"
+    root.write(TOOL, RECORDER.format(check)).chmod(0o755)
+    root.write(CLIENT, RECORDER.format("")).chmod(0o755)
+    root.write("/recorded", "")
+    define(root, "foo.xml", CUSTOM.format("foo"))
+    connection = sqlite3.connect(root.write(REGISTRY, ""), isolation_level=None)
+    connection.execute("CREATE TABLE entry(key PRIMARY KEY, type, value)")
+    connection.execute("INSERT INTO entry VALUES('root/DHCP/Code_zero', 7, '0')")
+    return connection
+
+
+def define(root, file_name, elements):
+    root.write(f"{DEFINITIONS}/{file_name}", f"<dhcp-option>\n{elements}\n</dhcp-option>")
+
+
+def recorded(root, count=0):
+    """The calls, once they are that many, sorted: a tool that is slow comes last."""
+    notes = root.path("/recorded")
+    eventually(lambda: notes.read_text().count("\n") >= count)
+    return sorted(notes.read_text().splitlines())
+
+
+def start(*arguments, user=None, **environment):
+    """Starts the program with nothing in its environment but what is given."""
+    environment = {"PATH": "/usr/bin:/bin", "KIRO_DHCP_MGR_ROOT": os.environ["KIRO_DHCP_MGR_ROOT"], **environment}
+    return subprocess.Popen([PROGRAM, *arguments], env=environment, user=user, stderr=subprocess.PIPE, text=True)
+
+
+def outcome(program):
+    """The exit status and what it wrote to standard error."""
+    errors = program.communicate(timeout=60)[1]
+    return program.returncode, errors
+
+
+def test_update_without_display(root, registry):
+    display = {"DISPLAY": ":4711", "QT_QPA_PLATFORM": "xcb", "QT_QPA_PLATFORMTHEME": "gtk3", "QT_STYLE_OVERRIDE": "x"}
+    assert outcome(start("--show-all", "x", "--update", **display)) == (0, "")
+    assert recorded(root, 2) == ["dhclient|-1", "kiro-dhclient-edit|--add-new-option|foo 200 text|--add-request|foo"]
+    assert ("root/DHCP/Req_foo", 10, "1") in registry.execute("SELECT * FROM entry")
+
+
+@pytest.mark.parametrize("arguments, environment, complaint", [
+    ("--Apply --apply=yes -apply", {"DISPLAY": ":4711"}, "Cannot open the display: could not connect to display :4711"),
+    ("", {"QT_QPA_PLATFORM": "none"}, 'Cannot open the display: Could not find the Qt platform plugin "none" in ""'),
+    ("--apply", {"KIRO_DHCP_MGR_ROOT": "/none"}, "Cannot read config directory /none/usr/share/kiro-dhcp-mgr"),
+])
+def test_start_refused(root, registry, arguments, environment, complaint):
+    assert outcome(start(*arguments.split(), **environment)) == (1, f"{complaint}\n")
+    assert not recorded(root) and registry.execute("SELECT count(*) FROM entry").fetchone() == (1,)
+
+
+@pytest.mark.parametrize("file_name, elements, report", [
+    ("{}.txt", "", ""),
+    ("{}.XML/inner", "", "DhcpOption: File not readable for FILE\n" + IGNORED),
+    ("{}.XML", "<code>x</code>", "Bad <code> element: 'x'\nError:  No code specified in FILE\n"
+     "Error:  No <linux-name> specified in FILE\nError:  No <linux-type> specified in FILE\n" + FAILED),
+    ("{}.XML", "<code>0</code>" + PREDEFINED, "Error:  No code specified in FILE\n" + FAILED),
+    ("{}.XML", "<code>1</code><name lang='fr'>bar</name>" + PREDEFINED, IGNORED),
+    ("{}.XML", CUSTOM.format("bar") + "<name>", FAILED),
+    ("{}.XML", CUSTOM.format("zero"), IGNORED),
+    ("{}.XML", CUSTOM.format("foo"), "Error: linux-name repeated: 'foo'\n"),
+])
+def test_faulty_definitions(root, file_name, elements, report):
+    names = "A", "b", "C"
+    for name in names:
+        define(root, file_name.format(name), elements)
+    reports = [report.replace("FILE", str(root.path(f"{DEFINITIONS}/{name}.XML"))) for name in names]
+    assert outcome(start("--apply")) == (0, "".join(reports))
+
+
+def test_single_instance(root, request):
+    first = start(QT_QPA_PLATFORM="offscreen", QT_LOGGING_RULES="qt.widgets.painting=true")
+    request.addfinalizer(first.kill)
+    assert select.select([first.stderr], [], [], 60)[0]  # it draws its window
+    first.send_signal(signal.SIGHUP)
+    assert outcome(start("--apply")) == (3, f"kiro-dhcp-mgr is already running (process {first.pid})\n")
+    assert not recorded(root)
+    if os.geteuid() == 0:  # another user's start, for whom the registry cannot be written
+        root.path("").chmod(0o755)
+        define(root, "late.xml", CUSTOM.format("late"))
+        root.path(CLIENT).unlink()  # it could not record either
+        complaint = f"Cannot write registry {root.path(REGISTRY)}: attempt to write a readonly database\n"
+        assert outcome(start("--apply", user=65534)) == (0, complaint)
+    assert first.poll() is None
+    first.kill()  # whatever it leaves must not stop the next one
+    first.wait()
+    assert outcome(start("--apply")) == (0, "")
+
+
+def test_locked_registry(root, registry):
+    """Defaults must not take the place of choices that are locked for longer than a window would wait."""
+    root.write(TOOL, RECORDER.format("sleep 3; echo done >&2"))  # which is slow, and left to finish
+    registry.execute("BEGIN EXCLUSIVE")
+    registry.execute("INSERT INTO entry VALUES('root/DHCP/Req_foo', 10, '0')")
+    program = start("--apply")
+    with pytest.raises(subprocess.TimeoutExpired):
+        program.wait(11)
+    registry.execute("COMMIT")
+    assert outcome(program) == (0, "")
+    assert recorded(root, 2)[1].endswith("--del-request|foo")
+
+
+def test_broken_registry(root):
+    path = root.write(REGISTRY, "#" * 2000)
+    complaint = f"Cannot read registry {path}: file is not a database; the stored choices are unknown, and nothing is "
+    assert outcome(start("--apply")) == (0, f"{complaint}stored\n")
+    assert not recorded(root)
