@@ -10,7 +10,7 @@ from subprocess import PIPE, Popen, TimeoutExpired
 
 import pytest
 
-from trial import SOURCE, eventually, run
+from trial import PATIENCE, SOURCE, eventually, run
 
 HOOK = SOURCE / "dhclient/exit-hook/kiro-dhcp-mgr"
 RECORDER = Path.cwd() / "dhclient/exit-hook/record-lease"
@@ -139,7 +139,7 @@ def test_lock(hook, root, start):
             waiting.wait(6)  # so long may other hooks take on a busy machine
         eventually(lambda: f" {timed_out.pid} " in Path("/proc/locks").read_text())
         timed_out.send_signal(signal.SIGALRM)  # as its own alarm does, later
-        assert timed_out.communicate(timeout=60)[1].endswith(b'/.lock": Connection timed out\n')
+        assert timed_out.communicate(timeout=PATIENCE)[1].endswith(b'/.lock": Connection timed out\n')
     assert hook.event("PREINIT", "eth0") == {"eth0/a": "1"}
 
 
@@ -182,7 +182,7 @@ def test_earlier_clients(hook, start):
     parent, later = start("dhclient", "-1", FAKE_FORK="1"), start("dhclient", "-1")
     hook.event("BOUND", "nosuch1", pid=parent.client)
     hook.event("FAIL", "nosuch2", pid=later.client)
-    assert plain.wait(60) == with_path.wait(60) == earlier.wait(60) == -signal.SIGKILL
+    assert plain.wait(PATIENCE) == with_path.wait(PATIENCE) == earlier.wait(PATIENCE) == -signal.SIGKILL
     time.sleep(0.1)  # in which a signal to the others would arrive
     assert [process.args for process in (holder, parent, later, *others) if process.poll() is not None] == []
 

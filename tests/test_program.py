@@ -9,7 +9,7 @@ from pathlib import Path
 
 import pytest
 
-from trial import eventually
+from trial import PATIENCE, eventually
 
 PROGRAM = Path.cwd() / "app/kiro-dhcp-mgr"
 TOOL = "/usr/sbin/kiro-dhclient-edit"
@@ -56,7 +56,7 @@ def start(*arguments, user=None, **environment):
 
 def outcome(program):
     """The exit status and what it wrote to standard error."""
-    errors = program.communicate(timeout=60)[1]
+    errors = program.communicate(timeout=PATIENCE)[1]
     return program.returncode, errors
 
 
@@ -99,7 +99,7 @@ def test_faulty_definitions(root, file_name, elements, report):
 def test_single_instance(root, request):
     first = start(QT_QPA_PLATFORM="offscreen", QT_LOGGING_RULES="qt.widgets.painting=true")
     request.addfinalizer(first.kill)
-    assert select.select([first.stderr], [], [], 60)[0]  # it draws its window
+    assert select.select([first.stderr], [], [], PATIENCE)[0]  # it draws its window
     first.send_signal(signal.SIGHUP)
     assert outcome(start("--apply")) == (3, f"kiro-dhcp-mgr is already running (process {first.pid})\n")
     assert not recorded(root)
