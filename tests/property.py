@@ -25,19 +25,11 @@ def grammar():
     """What the file says of itself becomes symbols that stand for nothing. Trial knows those that are missing there."""
     text = (SOURCE / "tests/dhclient/grammar.txt").read_text()
     sections = (section.splitlines() for section in re.split(r"\n(?=\S)", text))
-    return {symbol: [re.sub(r"\\(.)", unescaped, line[2:]) for line in lines] for symbol, *lines in sections}
-
-
-def unescaped(escape):
-    return {"n": "\n", "t": "\t"}.get(escape[1], "\\")
+    return {symbol: [line[2:].encode().decode("unicode_escape") for line in lines] for symbol, *lines in sections}
 
 
 GRAMMAR = grammar()
 OPTIONS = list(shipped_options())
-
-
-class Wrong(Exception):
-    pass
 
 
 class Trial:
@@ -64,9 +56,8 @@ class Trial:
         if self.chance(8):
             self.text = self.text.replace("\n", "\r\n")
         self.edits = [self.edit() for _ in range(self.random.randint(1, 4))]
-        self.done = {}  # the last edit of each option
+        self.done = []  # edits
         self.noted = set()  # options with a note
-        self.dropped = set()  # options that an edit dropped, perhaps for a while
         self.counts = Counter()
         self.report = ""
 
@@ -102,21 +93,16 @@ class Trial:
         return text
 
     def edit(self):
-        is_custom = self.chance(60)
-        option = self.choice(self.custom if is_custom else self.predefined)
+        option = self.choice(self.choice((self.custom, self.predefined)))
         code = option.code
         requested = self.chance(60)
-        arguments = []
-        if is_custom:
-            edited = self.random.randrange(150, 250)
-            applied = code if self.chance(80) else edited
-            if self.chance(40):
-                code = self.choice((applied, edited))
-            calls = [("--del-new-option", former) for former in (option.code, applied) if former != code]
+        calls = []
+        if not option.predefined:
+            code, applied = self.random.choices((code, self.random.randrange(150, 250)), (3, 1), k=2)
+            calls += [("--del-new-option", former) for former in (option.code, applied) if former != code]
             calls.append(("--add-new-option" if requested else "--del-new-option", code))
-            for command, number in calls:
-                self.codes[option.name].add(number)
-                arguments += [command, f"{option.name} {number} {option.type}"]
+            self.codes[option.name] |= {number for _, number in calls}
+        arguments = [word for command, number in calls for word in (command, f"{option.name} {number} {option.type}")]
         arguments += ["--add-request" if requested else "--del-request", option.name]
         return Edit(option.name, code, requested, arguments)
 
@@ -145,17 +131,13 @@ class Trial:
             previous = file()
             status = call(edit)
             if status == 0:
-                self.done[edit.name] = edit
-                if not edit.requested:
-                    self.dropped.add(edit.name)
+                self.done.append(edit)
                 edited = file()
-                if call(edit) != 0 or file() != edited:
-                    raise Wrong("the same again is refused, or writes again")
-            elif status not in (1, 2) or file() != previous:
-                raise Wrong("refused in a wrong way")
-            elif self.is_sound:
-                raise Wrong("a sound file is refused")
-            self.counts["refused"] += status != 0
+                assert call(edit) == 0 and file() == edited, "the same again is refused, or writes again"
+            else:
+                assert status in (1, 2) and file() == previous, "refused in a wrong way"
+                assert not self.is_sound, "a sound file is refused"
+                self.counts["refused"] += 1
         text = file()[0].decode()
         complaints, self.after = client.run(conf) if file() != old else ("", self.before)
         self.report += f"=== NEW\n{text}\n{complaints}\n"
@@ -164,34 +146,31 @@ class Trial:
             self.after = self.before
             self.done.clear()
         for statement in self.untouchable:
-            if statement in self.text and statement not in text:
-                raise Wrong("changes " + statement)
-        if self.is_sound and complaints:
-            raise Wrong("the client complains of the edited file")
+            assert statement in text or statement not in self.text, "changes " + statement
+        assert not (self.is_sound and complaints), "the client complains of the edited file"
         self.counts.update(sound=self.is_sound, changed=file() != old, noted=bool(self.noted))
 
     def compare(self, interface):
         """What the client requests on one interface before and after."""
         old = set(self.before.get(interface, ()))
         now = set(self.after.get(interface, ()))
+        done = {edit.name: edit for edit in self.done}  # the last one of each option
         # How many names a code has; the wire does not show which of them is requested.
         owners = Counter(code for codes in self.codes.values() for code in codes)
-        touched = set().union(*(self.codes[name] for name in self.done))
-        excused = set().union(*(self.codes[name] for name in self.noted & self.done.keys()))
-        wanted = {edit.code for edit in self.done.values() if edit.requested}
+        touched = set().union(*(self.codes[name] for name in done))
+        excused = set().union(*(self.codes[name] for name in self.noted))
+        wanted = {edit.code for edit in done.values() if edit.requested}
         expected = wanted | old - touched
         self.report += f"EXPECTED {interface}: {sorted(expected)}\nGOT      {interface}: {sorted(now)}\n"
-        for name, edit in self.done.items():
+        for name in done.keys() - {edit.name for edit in self.done if not edit.requested}:
             own = {code for code in self.codes[name] if owners[code] == 1}
-            if name not in self.dropped and own & old and not own & now and owners[edit.code] == 1:
-                raise Wrong(f"{interface} no longer requests {name}")
+            assert not own & old or own & now or owners[done[name].code] > 1, f"{interface} no longer requests {name}"
         differing = {code for code in expected ^ now if code in expected or owners[code] < 2 or code not in touched}
         # Lists that the client dropped for an unknown name take effect when it is declared.
         lost = differing & old - touched
-        if lost and not self.repairs & self.done.keys():
-            raise Wrong(f"{interface} no longer requests {lost}")
-        if self.is_sound and differing - excused - lost:
-            raise Wrong(f"{interface} is wrong in {differing - excused}, and no note says why")
+        assert not lost or self.repairs & done.keys(), f"{interface} no longer requests {lost}"
+        wrong = differing - excused - lost
+        assert not (self.is_sound and wrong), f"{interface} is wrong in {wrong}, and no note says why"
 
 
 def start(top):

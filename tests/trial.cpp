@@ -8,7 +8,6 @@
 TrialRoot::TrialRoot()
 {
     qputenv("KIRO_DHCP_MGR_ROOT", QFile::encodeName(directory.path()));
-    QDir().mkpath(path("/usr/share/kiro-dhcp-mgr"));
 }
 
 QString TrialRoot::write(const QString &fixedPath, const QByteArray &content) const
@@ -23,12 +22,6 @@ QString TrialRoot::write(const QString &fixedPath, const QByteArray &content) co
 QString TrialRoot::define(const QString &fileName, const QByteArray &elements) const
 {
     return write("/usr/share/kiro-dhcp-mgr/" + fileName, "<dhcp-option>\n" + elements + "\n</dhcp-option>\n");
-}
-
-QString TrialRoot::define(const QString &linuxName, int code, const QByteArray &more) const
-{
-    const QString elements = "<code>%2</code><linux-name>%1</linux-name><name>Name of %1</name>";
-    return define(linuxName + ".xml", elements.arg(linuxName).arg(code).toUtf8() + more);
 }
 
 void TrialRoot::installRecorder(const QString &fixedPath, const QByteArray &before) const
@@ -52,16 +45,12 @@ QStringList TrialRoot::sql(const QString &statement) const
     QDir().mkpath(path("/var/lib/vorkan"));
     QProcess shell;
     shell.setProcessChannelMode(QProcess::MergedChannels);
-    shell.start("sqlite3", {path("/var/lib/vorkan/registry.db"), statement});
+    const QString columns = "key TEXT PRIMARY KEY, type INTEGER NOT NULL, value TEXT NOT NULL";
+    shell.start("sqlite3", {path("/var/lib/vorkan/registry.db"),
+                            "CREATE TABLE IF NOT EXISTS entry(" + columns + "); " + statement});
     if (!shell.waitForFinished(-1))
         qFatal("the sqlite3 shell does not run");
     return QString::fromUtf8(shell.readAll()).split('\n', Qt::SkipEmptyParts);
-}
-
-void TrialRoot::presetRegistry(const QString &entries) const
-{
-    const QString columns = "key TEXT PRIMARY KEY, type INTEGER NOT NULL, value TEXT NOT NULL";
-    sql("CREATE TABLE entry(" + columns + "); INSERT INTO entry VALUES " + entries);
 }
 
 void addRows(const char *table)

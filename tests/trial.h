@@ -21,8 +21,6 @@ public:
 
     /// Writes a definition file of the directory that the program scans; returns its path.
     QString define(const QString &fileName, const QByteArray &elements) const;
-    /// A definition with code, client name and display name; `more` adds elements.
-    QString define(const QString &linuxName, int code, const QByteArray &more) const;
     void setValue(const QString &file, const QByteArray &text) const
     {
         write("/var/lib/dhcp3/vars/eth0/" + file, text);
@@ -33,12 +31,11 @@ public:
     /// What the recorders noted, one line per call: the program's name and its arguments, separated by "|". Waits for
     /// that many calls, without an event loop, which would end a tool that is slow.
     QStringList recorded(int atLeast = 0) const;
-    void forgetRecorded() const { remove(QStringLiteral("/recorded")); }
+    void forgetRecorded() const { remove("/recorded"); }
 
-    /// Runs SQL on the registry through the sqlite3 shell, as an administrator would; returns its output's lines.
+    /// Runs SQL on the registry through the sqlite3 shell, as an administrator would, who may be the first to make it.
+    /// Returns the lines of its output.
     QStringList sql(const QString &statement) const;
-    /// An administrator's registry, made before the program's first start: "('key', type, 'value'), ...".
-    void presetRegistry(const QString &entries) const;
 
 private:
     QTemporaryDir directory;

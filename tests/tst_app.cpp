@@ -23,7 +23,7 @@ class TestApp : public QObject
 private slots:
     void initTestCase()
     {
-        root.define("shown", 200, Custom);
+        root.define("shown.xml", "<code>200</code><linux-name>shown</linux-name><name>Shown</name>" + Custom);
         std::signal(SIGHUP, sighupHandler);
     }
 

@@ -48,8 +48,8 @@ private slots:
     void initTestCase()
     {
         root.installRecorder("/usr/sbin/kiro-dhclient-edit");
-        root.presetRegistry("('root/DHCP/Code_s300', 7, '300'), ('root/DHCP/Code_s210', 7, '210'),"
-                            "('root/DHCP/Code_hex', 7, '0xD2'), ('root/DHCP/Code_known', 7, '211')");
+        root.sql("INSERT INTO entry VALUES('root/DHCP/Code_s300', 7, '300'), ('root/DHCP/Code_s210', 7, '210'),"
+                 "('root/DHCP/Code_hex', 7, '0xD2'), ('root/DHCP/Code_known', 7, '211')");
     }
 
     /// Element, words that are accepted, with what the record holds then if it is another text, and refused ones.
@@ -146,7 +146,7 @@ private slots:
         QFETCH(QStringList, cells);
         cells.replaceInStrings("\\r", "\r").replaceInStrings("\\q", "\"");
         root.setValue("valued", cells.at(0).toUtf8());
-        QCOMPARE(DhcpOption(root.define("valued", 200, Custom), nullptr).currentValue, cells.at(1));
+        QCOMPARE(DhcpOption(define("valued"), nullptr).currentValue, cells.at(1));
     }
 
     /// The first file that can be opened is read, whatever comes of it: a pipe is not waited for, a long file is cut.
@@ -155,7 +155,7 @@ private slots:
         QStringList files;
         for (const char *name : {"eth0/a-b", "eth0/a_b", "eth1/a-b", "eth1/a_b"})
             files << root.write("/var/lib/dhcp3/vars/" + QString(name), QByteArray("x=") + name);
-        DhcpOption option(root.define("a_b", 200, Custom), nullptr);
+        DhcpOption option(define("a_b"), nullptr);
         const auto descriptors = [] { return QDir("/proc/self/fd").entryList(QDir::Files | QDir::System).count(); };
         const int before = descriptors();
         for (const QString &file : files) {
@@ -196,7 +196,7 @@ private slots:
         const bool requested = !cells.last().contains("--del-request");
         const bool isIgnored = calls.isEmpty();
         root.forgetRecorded();
-        DhcpOption option(root.define(name, 200, Custom + cells.at(2).toUtf8()), nullptr);
+        DhcpOption option(define(name, cells.at(2)), nullptr);
         option.setCode(cells.at(1)); // an empty text is none
         option.appliedRequested = !requested;
         const bool isStored = option.applyToClient(requested);
@@ -211,7 +211,7 @@ private slots:
 
     void slowTool()
     {
-        DhcpOption option(root.define("slow", 200, Custom), nullptr);
+        DhcpOption option(define("slow"), nullptr);
         root.installRecorder("/usr/sbin/kiro-dhclient-edit", "exec sleep 300");
         QElapsedTimer timer;
         timer.start();
@@ -221,7 +221,13 @@ private slots:
     }
 
 private:
-    TrialRoot root;
+    QString define(const QString &name, const QString &more = QString()) const
+    {
+        const QString elements = "<code>200</code><linux-name>" + name + "</linux-name>" + more;
+        return root.define(name, elements.toUtf8() + Custom);
+    }
+
+    const TrialRoot root;
 };
 
 QTEST_GUILESS_MAIN(TestModel)

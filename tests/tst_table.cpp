@@ -26,8 +26,6 @@ class TestTable : public WindowTest
     Q_OBJECT
 
 private slots:
-    void initTestCase() { root.presetRegistry("('x', 10, '0')"); }
-
     /// What is stored wins over a Normal option's default; the other classes win over what is stored.
     void cells_data()
     {
