@@ -42,7 +42,7 @@ class Trial:
         usable = [option for option in OPTIONS if option.type in GRAMMAR]
         self.predefined = self.random.sample([option for option in usable if option.predefined], 10)
         self.custom = self.random.sample([option for option in usable if not option.predefined], 3)
-        self.custom.append(Option("corp-proxy", 200, "text", False, "x"))  # of no definition
+        self.custom.append(Option("corp-proxy", 200, "text", False, "x", False))  # of no definition
         self.declared = []  # so far
         self.codes = defaultdict(set)  # that definitions, declarations and edits give a name
         self.codes.update({option.name: {option.code} for option in OPTIONS if option.predefined})

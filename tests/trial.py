@@ -9,14 +9,14 @@ from xml.etree import ElementTree
 SOURCE = Path(__file__).resolve().parent.parent
 PATIENCE = 60  # s that a busy machine may take for anything
 
-Option = namedtuple("Option", "name code type predefined example")
+Option = namedtuple("Option", "name code type predefined example requested")
 
 
 def shipped_options():
     for path in sorted((SOURCE / "data/options").glob("*.xml")):
         element = ElementTree.parse(path).findtext
         yield Option(element("linux-name"), int(element("code")), element("linux-type"),
-                     element("linux-predefined") == "Yes", element("example"))
+                     element("linux-predefined") == "Yes", element("example"), element("default") == "Yes")
 
 
 class Root:
