@@ -6,16 +6,6 @@
 
 #include <future>
 
-namespace {
-
-struct StoreRoot : TrialRoot
-{
-    QFile file{path("/var/lib/vorkan/registry.db")};
-    RegistryStore store{file.fileName().toStdString()};
-};
-
-} // namespace
-
 class TestRegistry : public QObject
 {
     Q_OBJECT
@@ -87,6 +77,13 @@ private slots:
         const QString reason = ": Not a directory; the stored choices are unknown, and nothing is stored\n";
         QCOMPARE(errors.text(), "Cannot read registry " + root.file.fileName() + reason);
     }
+
+private:
+    struct StoreRoot : TrialRoot
+    {
+        QFile file{path("/var/lib/vorkan/registry.db")};
+        RegistryStore store{file.fileName().toStdString()};
+    };
 };
 
 QTEST_GUILESS_MAIN(TestRegistry)
