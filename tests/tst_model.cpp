@@ -12,13 +12,6 @@ class TestModel : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase()
-    {
-        root.installRecorder("/usr/sbin/kiro-dhclient-edit");
-        root.sql("INSERT INTO entry VALUES('root/DHCP/Code_s300', 7, '300'), ('root/DHCP/Code_s210', 7, '210'),"
-                 "('root/DHCP/Code_hex', 7, '0xD2'), ('root/DHCP/Code_known', 7, '211')");
-    }
-
     /// Element, words that are accepted, with what the record holds then if it is another text, and refused ones.
     void words_data()
     {
@@ -29,8 +22,8 @@ private slots:
             windows-name ; W,
             windows-type ; Byte,Word,Long,String,Binary,encapsulated,BYTE ARRAY,ip address,Long Array Integer ; Array,,Byte ,Short
             linux-name ; n_1
-            linux-type ; Array Of Boolean,unsigned text,string ; array of unsigned text,array of STRING,ENCAPSULATE x
-            dhcp-class ; Normal=0,Standard=0,user-controlled=0,Managed=1,always on=2,ALWAYS-OFF=3 ; Always_On,Always  On,,Never
+            linux-type ; Array Of Boolean,unsigned text,string ; array of unsigned text,Array Of STRING,ENCAPSULATE x
+            dhcp-class ; Normal=0,Standard=0,user-controlled=0,Managed=1,always on=2,always off=3,ALWAYS-OFF=3 ; Always_On,Always  On,,Never
             example ;  x ,
             default ; On=1,TRUE=1,yes=1,Enabled=1,off=0,False=0,NO=0,DISABLED=0 ; 1,0,, on, true ,nope
             standard-option ; on=1,off=0 ; x
@@ -128,29 +121,33 @@ private slots:
         QCOMPARE(descriptors(), before);
     }
 
-    /// The option's name, the code that is typed, the kind of option, the tool's arguments.
+    /// The option's name, its stored code, the one that is typed, the kind of option, the tool's arguments.
     void applied_data()
     {
         addRows(R"(
-            known ;  ; <linux-predefined>yes</linux-predefined> ; --add-request|known
-            hex ;  ;  ; --add-new-option|hex 200 text|--add-request|hex
-            n ; 210 ;  ; --del-new-option|n 200 text|--del-new-option|n 200 text|--add-new-option|n 210 text|--add-request|n
-            s300 ;  ; <dhcp-class>Always-On</dhcp-class> ; --del-new-option|s300 200 text|--add-new-option|s300 300 text|--add-request|s300
-            s210 ; 200 ;  ; --del-new-option|s210 210 text|--del-new-option|s210 200 text|--del-request|s210
-            managed ;  ; <dhcp-class>Managed</dhcp-class>
-            never ; 212 ; <dhcp-class>Always-Off</dhcp-class>)");
+            known ; 211 ;  ; <linux-predefined>yes</linux-predefined> ; --add-request|known
+            hex ; 0xD2 ;  ;  ; --add-new-option|hex 200 text|--add-request|hex
+            n ;  ; 210 ;  ; --del-new-option|n 200 text|--del-new-option|n 200 text|--add-new-option|n 210 text|--add-request|n
+            s300 ; 300 ;  ; <dhcp-class>Always-On</dhcp-class> ; --del-new-option|s300 200 text|--add-new-option|s300 300 text|--add-request|s300
+            s210 ; 210 ; 200 ;  ; --del-new-option|s210 210 text|--del-new-option|s210 200 text|--del-request|s210
+            managed ;  ;  ; <dhcp-class>Managed</dhcp-class>
+            never ;  ; 212 ; <dhcp-class>Always-Off</dhcp-class>)");
     }
 
     void applied()
     {
         QFETCH(QStringList, cells);
         const QString name = cells.at(0);
-        const QStringList calls = cells.mid(3);
+        const QStringList calls = cells.mid(4);
         const bool requested = !cells.last().contains("--del-request");
         const bool isIgnored = calls.isEmpty();
+        const QString entry = "root/DHCP/Code_" + name;
+        if (!cells.at(1).isEmpty())
+            root.sql(QString("INSERT INTO entry VALUES('%1', 7, '%2')").arg(entry, cells.at(1)));
+        root.installRecorder("/usr/sbin/kiro-dhclient-edit");
         root.forgetRecorded();
-        DhcpOption option(define(name, cells.at(2)), nullptr);
-        option.setCode(cells.at(1)); // an empty text is none
+        DhcpOption option(define(name, cells.at(3)), nullptr);
+        option.setCode(cells.at(2)); // an empty text is none
         option.appliedRequested = !requested;
         const bool isStored = option.applyToClient(requested);
         QCOMPARE(isStored, !isIgnored && option.code != 200);
@@ -158,8 +155,7 @@ private slots:
         QCOMPARE(option.appliedCode, isIgnored ? 200 : option.code);
         QCOMPARE(option.appliedRequested, isIgnored != requested);
         VorkanClient().commit(QString());
-        const QString entry = QString("root/DHCP/Code_%1|7|%2").arg(name).arg(option.code);
-        QCOMPARE(root.sql("SELECT * FROM entry").contains(entry), isStored);
+        QCOMPARE(root.sql("SELECT * FROM entry").contains(QString("%1|7|%2").arg(entry).arg(option.code)), isStored);
     }
 
     void slowTool()

@@ -14,7 +14,7 @@ private slots:
     void pendingUntilCommitted()
     {
         StoreRoot root;
-        QVERIFY(!root.store.find("a") && !root.store.set("a", "x"));
+        QVERIFY(!root.store.find("a") && !root.store.set("a", "x") && root.store.commit());
         root.store.create("a", VorkanBoolType);
         QVERIFY(root.store.set("a", "é"));
         QVERIFY2(!root.file.exists(), "neither reading nor a pending change makes the file");
@@ -28,7 +28,7 @@ private slots:
         root.store.create("a", VorkanNumberType);
         root.store.create("0", VorkanNumberType);
         QCOMPARE(root.store.find("a")->value, "é");
-        QVERIFY2(root.store.set("a", "é"), "an equal value is written too");
+        QVERIFY2(root.store.set("0", "") && root.store.set("a", "é"), "an equal value is written too");
         const CapturedErrors errors;
         QVERIFY(!root.store.commit() && !root.store.commit());
         QCOMPARE(errors.text(), "Cannot write registry " + root.file.fileName() + ": written\n");
@@ -62,6 +62,8 @@ private slots:
         QCOMPARE(root.sql("SELECT key FROM entry"), QStringList("new"));
         root.file.remove();
         QVERIFY(!root.store.find("new"));
+        root.write("/var/lib/vorkan/registry.db", "");
+        QVERIFY2(!root.store.find("new") && root.store.isReadable(), "an empty file is an empty registry");
     }
 
     /// A default must not be written over a choice that could not be read, not even once it could be.
