@@ -5,7 +5,6 @@ client requests before and after. Runs in the build directory.
 Usage: property.py [FILES [SEED]]; file number n has the seed SEED + n. A single file is always shown."""
 
 import multiprocessing
-import os
 import random
 import re
 import sys
@@ -16,7 +15,6 @@ from pathlib import Path
 from realclient import INTERFACES, RealClient, obstacle
 from trial import Option, SOURCE, run, shipped_options
 
-TOOL = Path.cwd() / "dhclient/kiro-dhclient-edit"
 WORKERS = 8  # the client mostly waits for the kernel
 Edit = namedtuple("Edit", "name code requested arguments")  # a call as the program makes it, with the code in the end
 
@@ -51,8 +49,6 @@ class Trial:
         self.text = self.expanded("file")
         if self.chance(3):
             self.text = self.text[:self.random.randrange(len(self.text) + 1)]
-        if self.chance(10):
-            self.text = self.text[:-1]  # the last line's end
         if self.chance(8):
             self.text = self.text.replace("\n", "\r\n")
         self.edits = [self.edit() for _ in range(self.random.randint(1, 4))]
@@ -113,7 +109,7 @@ class Trial:
             return conf.read_bytes(), conf.stat().st_ino
 
         def call(edit):
-            tool = run(TOOL, *edit.arguments, env={**os.environ, "KIRO_DHCP_MGR_ROOT": str(self.directory)})
+            tool = run("dhclient/kiro-dhclient-edit", *edit.arguments, env={"KIRO_DHCP_MGR_ROOT": self.directory})
             if b": note: " in tool.stderr:
                 self.noted.add(edit.name)
             self.report += f"{edit.arguments}\n{tool.stderr.decode()}status {tool.returncode}\n"
@@ -137,7 +133,6 @@ class Trial:
             else:
                 assert status in (1, 2) and file() == previous, "refused in a wrong way"
                 assert not self.is_sound, "a sound file is refused"
-                self.counts["refused"] += 1
         text = file()[0].decode()
         complaints, self.after = client.run(conf) if file() != old else ("", self.before)
         self.report += f"=== NEW\n{text}\n{complaints}\n"
@@ -208,7 +203,7 @@ def main(files="400", seed="12000"):
             counts += result
             if files == 1 or (result["wrong"] and counts["wrong"] <= 10):
                 print("\n======", report, sep="\n", flush=True)
-    print(f"{files} files:", *(f"{counts[what]} {what}" for what in ("sound", "changed", "noted", "refused", "wrong")))
+    print(f"{files} files:", *(f"{counts[what]} {what}" for what in ("sound", "changed", "noted", "wrong")))
     # Too few sound files would prove nothing.
     return counts["wrong"] > 0 or files >= 100 and min(counts["sound"], counts["changed"]) <= files / 2
 

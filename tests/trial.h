@@ -37,10 +37,7 @@ public:
         return write("/usr/share/kiro-dhcp-mgr/" + fileName, "<dhcp-option>\n" + elements + "\n</dhcp-option>\n");
     }
 
-    void setValue(const QString &name, const QByteArray &text) const
-    {
-        write("/var/lib/dhcp3/vars/eth0/" + name, text);
-    }
+    void setValue(const QString &key, const QByteArray &text) const { write("/var/lib/dhcp3/vars/eth0/" + key, text); }
 
     /// Puts a program at the path that only records its arguments, after `before` ran as shell code.
     void installRecorder(const QString &fixedPath, const QByteArray &before = QByteArray()) const
