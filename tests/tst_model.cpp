@@ -121,14 +121,14 @@ private slots:
         QCOMPARE(descriptors(), before);
     }
 
-    /// The option's name, its stored code, the one that is typed, the kind of option, the tool's arguments.
+    /// The option's name, its stored code, what is typed as one, the kind of option, the tool's arguments.
     void applied_data()
     {
         addRows(R"(
             known ; 211 ;  ; <linux-predefined>yes</linux-predefined> ; --add-request|known
-            hex ; 0xD2 ;  ;  ; --add-new-option|hex 200 text|--add-request|hex
-            n ;  ; 210 ;  ; --del-new-option|n 200 text|--del-new-option|n 200 text|--add-new-option|n 210 text|--add-request|n
-            s300 ; 300 ;  ; <dhcp-class>Always-On</dhcp-class> ; --del-new-option|s300 200 text|--add-new-option|s300 300 text|--add-request|s300
+            hex ; 0xD2 ; 0x10 ;  ; --add-new-option|hex 200 text|--add-request|hex
+            n ;  ; 255 ;  ; --del-new-option|n 200 text|--del-new-option|n 200 text|--add-new-option|n 255 text|--add-request|n
+            s300 ; 300 ; 0 ; <dhcp-class>Always-On</dhcp-class> ; --del-new-option|s300 200 text|--add-new-option|s300 300 text|--add-request|s300
             s210 ; 210 ; 200 ;  ; --del-new-option|s210 210 text|--del-new-option|s210 200 text|--del-request|s210
             managed ;  ;  ; <dhcp-class>Managed</dhcp-class>
             never ;  ; 212 ; <dhcp-class>Always-Off</dhcp-class>)");
@@ -147,7 +147,7 @@ private slots:
         root.installRecorder("/usr/sbin/kiro-dhclient-edit");
         root.forgetRecorded();
         DhcpOption option(define(name, cells.at(3)), nullptr);
-        option.setCode(cells.at(2)); // an empty text is none
+        option.setCode(cells.at(2));
         option.appliedRequested = !requested;
         const bool isStored = option.applyToClient(requested);
         QCOMPARE(isStored, !isIgnored && option.code != 200);
