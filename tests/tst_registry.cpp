@@ -62,7 +62,7 @@ private slots:
         QCOMPARE(root.sql("SELECT key FROM entry"), QStringList("new"));
         root.file.remove();
         root.write("/var/lib/vorkan/registry.db", ""); // an empty registry
-        QVERIFY(!root.store.find("new") && root.store.isReadable());
+        QVERIFY(!root.store.find("new") && !root.store.find("set") && root.store.isReadable());
     }
 
 private:
