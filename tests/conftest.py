@@ -8,5 +8,5 @@ from trial import Root
 @pytest.fixture
 def root(monkeypatch):
     with tempfile.TemporaryDirectory() as directory:
-        monkeypatch.setenv("KIRO_DHCP_MGR_ROOT", directory)
+        monkeypatch.setenv("KIRO_DHCP_MGR_ROOT", directory + "/")
         yield Root(directory)
