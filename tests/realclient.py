@@ -24,7 +24,8 @@ END = 255
 
 def obstacle():
     """Why the client or its interfaces can't be had here; empty if they can."""
-    return run("unshare", "--net", "--mount", "sh", "-c", f"ls {INSTALLED} && {SETUP}").stderr.decode()
+    tried = run("unshare", "--net", "--mount", "sh", "-c", f"ls {INSTALLED} && {SETUP}")
+    return tried.returncode and tried.stderr.decode()
 
 
 class RealClient:
