@@ -18,6 +18,7 @@ constexpr int FieldCharacters = 28;
 RowFinder::RowFinder(QTableWidget *table) : QObject(table), table(table)
 {
     table->installEventFilter(this);
+    table->viewport()->installEventFilter(this); // which is resized after the table
     // From anywhere in the window
     connect(new QShortcut(QKeySequence::Find, table), &QShortcut::activated, this, &RowFinder::openField);
 }
@@ -27,7 +28,7 @@ bool RowFinder::eventFilter(QObject *watched, QEvent *event)
     switch (event->type()) {
     case QEvent::KeyPress: {
         const auto &key = *static_cast<QKeyEvent *>(event);
-        return watched == field ? handleFieldKey(key) : handleTableKey(key);
+        return watched == field ? handleFieldKey(key) : watched == table && handleTableKey(key);
     }
     case QEvent::FocusOut: {
         const Qt::FocusReason reason = static_cast<QFocusEvent *>(event)->reason();
@@ -36,7 +37,7 @@ bool RowFinder::eventFilter(QObject *watched, QEvent *event)
         return false;
     }
     case QEvent::Resize:
-        if (watched == table && field)
+        if (watched == table->viewport() && field)
             placeField();
         return false;
     default:
