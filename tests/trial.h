@@ -79,9 +79,8 @@ private:
     QTemporaryDir directory;
 };
 
-/// Elements that make a definition one of a custom option, or of one that the client knows.
+/// An element that makes a definition one of a custom option.
 inline const QByteArray Custom = "<linux-type>text</linux-type>";
-inline const QByteArray Predefined = "<linux-predefined>yes</linux-predefined>";
 
 /// Adds a data row for each line of the table; the test fetches its "cells", which stand between " ; ". "\n" is a line
 /// break in a cell.
