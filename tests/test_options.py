@@ -24,7 +24,8 @@ def client():
 
 
 def test_definitions(root):
-    for path in DEFINITIONS.iterdir():
+    for path, option in zip(sorted(DEFINITIONS.iterdir()), OPTIONS):
+        assert path.name == f"{option.code:03}-{option.name}.xml"
         for translated in ("name", "description"):
             texts = ElementTree.parse(path).findall(translated)
             assert {text.get("lang") for text in texts} == {"en", "de", "fr", "es"}, path.name

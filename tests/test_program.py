@@ -68,6 +68,7 @@ def test_update_without_display(root, registry):
 
 @pytest.mark.parametrize("arguments, environment, complaint", [
     ("--Apply --apply=yes -apply", {"DISPLAY": ":4711"}, "Cannot open the display: could not connect to display :4711"),
+    ("", {"QT_QPA_PLATFORM": "none"}, 'Cannot open the display: Could not find the Qt platform plugin "none" in ""'),
     ("--apply", {"KIRO_DHCP_MGR_ROOT": "/none"}, "Cannot read config directory /none/usr/share/kiro-dhcp-mgr"),
 ])
 def test_start_refused(root, registry, arguments, environment, complaint):
@@ -127,10 +128,14 @@ def test_locked_registry(root, registry):
     assert recorded(root, 2)[1].endswith("--del-request|foo")
 
 
-def test_unreadable_registry(root):
+@pytest.mark.parametrize("spoil, reason", [
+    (lambda registry: registry.write_text("#" * 2000), "file is not a database"),
+    (lambda registry: (shutil.rmtree(registry.parent), registry.parent.write_text("")), "Not a directory"),
+])
+def test_unreadable_registry(root, spoil, reason):
     """Defaults must not take the place of choices that can't be read."""
-    root.path("/var/lib/vorkan").rename(root.path("/elsewhere"))
-    path = root.write("/var/lib/vorkan", "") / "registry.db"
-    complaint = f"Cannot read registry {path}: Not a directory; the stored choices are unknown, and nothing is stored\n"
+    path = root.path(REGISTRY)
+    spoil(path)
+    complaint = f"Cannot read registry {path}: {reason}; the stored choices are unknown, and nothing is stored\n"
     assert outcome(start("--apply")) == (0, complaint)
     assert not recorded(root)

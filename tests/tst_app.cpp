@@ -29,6 +29,13 @@ private slots:
 
     void oneRefreshPerSignal()
     {
+        // Before there is a pair the handler must not write anywhere, least of all to descriptor 0.
+        const DhcpApp update(true, true);
+        int input[2];
+        QVERIFY(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, input) == 0 && ::dup2(input[0], 0) == 0);
+        std::raise(SIGHUP);
+        QVERIFY(!update.findChild<QSocketNotifier *>() && ::recv(input[1], input, 1, MSG_DONTWAIT) < 0);
+
         const DhcpApp app(false, true);
         QCOMPARE(app.mainWindow()->findChild<QComboBox *>()->currentIndex(), int(ShowAll));
         const QSignalSpy refreshes(app.findChild<QSocketNotifier *>(), &QSocketNotifier::activated);
