@@ -2,6 +2,7 @@
 
 #include "qtpaths.h"
 
+#include <QFileInfo>
 #include <QProcess>
 #include <QStandardPaths>
 
@@ -9,18 +10,29 @@ namespace {
 
 constexpr char ToolPath[] = "/usr/sbin/kiro-dhclient-edit";
 constexpr char ClientConfiguration[] = "/etc/dhcp/dhclient.conf";
+constexpr char ClientName[] = "dhclient";
 constexpr int PatienceMsecs = 2000;
 
-/// Below a root prefix it is that root's client, or none: an image build or a test must not start the machine's own.
-QString clientProgram()
+/// Where the client is looked up. Just before the machine's own stands a program of ours by its name, which has the
+/// clients that run ask again. Below a root prefix it is that root's client, or none: an image build or a test must not
+/// start the machine's own.
+QStringList clientDirectories()
 {
-    const QString client = QStringLiteral("dhclient");
-    if (!Paths::hasRoot())
-        return client;
     QStringList directories;
-    for (const char *directory : {"/usr/sbin", "/sbin", "/usr/bin", "/bin"})
-        directories << Paths::resolved(directory);
-    return QStandardPaths::findExecutable(client, directories);
+    if (Paths::hasRoot()) {
+        for (const char *directory : {"/usr/sbin", "/sbin", "/usr/bin", "/bin"})
+            directories << Paths::resolved(directory);
+        return directories;
+    }
+    directories = qEnvironmentVariable("PATH").split(QLatin1Char(':'), Qt::SkipEmptyParts);
+    for (int i = 0; i < directories.size(); ++i) {
+        const QFileInfo client(directories[i] + QLatin1Char('/') + QLatin1String(ClientName));
+        if (client.canonicalFilePath() == QLatin1String("/usr/sbin/dhclient")) {
+            directories.insert(i, QStringLiteral("/usr/libexec/kiro-dhcp-mgr"));
+            break;
+        }
+    }
+    return directories;
 }
 
 } // namespace
@@ -44,7 +56,7 @@ void Dhclient::edit(const QStringList &commands, QObject *owner)
 
 void Dhclient::start()
 {
-    const QString client = clientProgram();
+    const QString client = QStandardPaths::findExecutable(QLatin1String(ClientName), clientDirectories());
     if (!client.isEmpty())
         QProcess::startDetached(client, {QStringLiteral("-1")});
 }

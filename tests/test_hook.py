@@ -130,6 +130,12 @@ def test_renewal(hook):
         assert os.path.samestat(os.fstat(same.fileno()), os.stat(same.name))  # not written again
 
 
+def test_value_that_a_renewal_did_not_ask_for_is_kept(hook):
+    hook.event("BOUND", "eth0", new_asked="1", new_not_asked="1", new_sent_again="1")
+    kept = hook.event("RENEW", "eth0", new_sent_again="2", requested_asked="1", requested_sent_again="1")
+    assert kept == {"eth0/not-asked": "1", "eth0/sent-again": "2"}
+
+
 def test_lock(hook, root, start):
     script = start("script", reason="BOUND", interface="eth0", new_a="1").client
     lock = open(root.write("/var/lib/dhcp3/vars/.lock", ""))
@@ -169,22 +175,37 @@ def test_next_owner(hook, start):
     eventually(lambda: hook.event("RENEW", "eth0", pid=stranger, new_a="3") == {"eth0/a": "3"})
 
 
-def test_earlier_clients(hook, start):
-    others = [start(*command.split("|")) for command in ("dhclient|-1|-v", "dhclient|-1 ", "dhclient|-1|", "dhclient",
-                                                         "xdhclient|-1", "dhclient/x|-1", "sh|/dhclient|-1")]
-    others.append(start("dhclient", "-1", KIRO_DHCP_MGR_ROOT="/x"))
-    plain, with_path, holder = start("dhclient", "-1"), start("/usr/sbin/dhclient", "-1"), start("dhclient", "-1")
-    for interface, client in ("eth0", ""), ("eth1", ""), ("lo", holder.client):  # the last has no directory
-        hook.event("RENEW", interface, pid=client)
-    earlier = start("dhclient", "-1")
-    hook.event("BOUND", "nosuch0", pid=earlier.client)  # an interface that is not there
-    # Until a client has bound, its parent waits for it.
-    parent, later = start("dhclient", "-1", FAKE_FORK="1"), start("dhclient", "-1")
-    hook.event("BOUND", "nosuch1", pid=parent.client)
-    hook.event("FAIL", "nosuch2", pid=later.client)
-    assert plain.wait(PATIENCE) == with_path.wait(PATIENCE) == earlier.wait(PATIENCE) == -signal.SIGKILL
-    time.sleep(0.1)  # in which a signal to the others would arrive
-    assert [process.args for process in (holder, parent, later, *others) if process.poll() is not None] == []
+@pytest.mark.parametrize("arguments, is_ended", [
+    (["dhclient", "-1"], True),
+    (["/usr/sbin/dhclient", "-1"], True),
+    (["dhclient", "-1", "wlan0", "eth0"], True),
+    (["dhclient", "-1", "wlan0"], False),  # it asks elsewhere
+    (["dhclient", "-1", "-v", "eth0"], False),
+    (["dhclient", "-1", ""], False),
+    (["dhclient", "-1 "], False),
+    (["dhclient"], False),
+    (["xdhclient", "-1"], False),
+    (["dhclient/x", "-1"], False),
+    (["/usr/libexec/kiro-dhcp-mgr/dhclient", "-1"], False)])  # it has clients ask again
+def test_client_of_an_apply_ends_when_another_binds_its_interface(hook, start, arguments, is_ended):
+    candidate, surely_ended = start(*arguments), start("dhclient", "-1")
+    hook.event("BOUND", "eth0", pid=start("client of ifup").client)
+    surely_ended.wait(PATIENCE)
+    assert (candidate.poll() is not None) == is_ended
+
+
+def test_client_of_an_apply_is_kept(hook, start):
+    of_another_root = start("dhclient", "-1", KIRO_DHCP_MGR_ROOT="/x")
+    holder = start("dhclient", "-1")
+    hook.event("BOUND", "lo", pid=holder.client)
+    next_to_it = start("dhclient", "-1")
+    hook.event("BOUND", "eth1", pid=next_to_it.client)  # ends nothing: it is of an apply itself
+    assert holder.poll() is None
+    hook.event("RENEW", "eth0", pid=start("renewing").client)
+    assert next_to_it.poll() is None
+    hook.event("BOUND", "eth0", pid=start("binding").client)
+    next_to_it.wait(PATIENCE)  # there is no eth1
+    assert holder.poll() is None and of_another_root.poll() is None
 
 
 @pytest.mark.parametrize("options, shown", [("--net", "theirs"), ("--pid --fork --kill-child", "ours")])
@@ -193,7 +214,7 @@ def test_other_namespaces(hook, start, options, shown):
                    'exec -a dhclient "$0" -1', FAKE_CLIENT, program=None)
     if not theirs.client:
         pytest.skip("namespaces are not allowed here")
-    ours = start("dhclient", "-1").client
+    ours = start("ours").client
     hook.event("BOUND", "eth1", pid=ours)
     hook.event("BOUND", "eth0", pid=str(theirs.pid), new_a="theirs")
     # Another network has another interface of that name.

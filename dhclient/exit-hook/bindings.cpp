@@ -65,6 +65,16 @@ void Bindings::assignDirectory(const std::string &interface)
     }
 }
 
+std::vector<std::string> Bindings::interfacesOf(const Client &owner) const
+{
+    std::vector<std::string> interfaces;
+    for (const auto &[interface, binding] : bindings) {
+        if (binding.owner == owner && ::if_nametoindex(interface.c_str()) != 0)
+            interfaces.push_back(interface);
+    }
+    return interfaces;
+}
+
 std::vector<Client> Bindings::owners() const
 {
     std::vector<Client> owners;

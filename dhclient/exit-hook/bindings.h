@@ -29,6 +29,7 @@ public:
     Binding &operator[](const std::string &interface) { return bindings[interface]; }
     /// Gives the interface the directory that is due to it, if there is one.
     void assignDirectory(const std::string &interface);
+    std::vector<std::string> interfacesOf(const Client &owner) const;
     /// The owners of interfaces that exist.
     std::vector<Client> owners() const;
 

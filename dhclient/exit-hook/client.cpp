@@ -7,22 +7,9 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <filesystem>
 #include <string_view>
 
 namespace {
-
-/// Whether the program started it. What it found on the search path became the client's own name.
-bool isOurs(pid_t pid)
-{
-    const std::string arguments = Procfs::read(pid, "cmdline");
-    std::string_view name = arguments;
-    name = name.substr(0, name.find('\0'));
-    if (std::string_view(arguments).substr(name.size()) != std::string_view("\0-1\0", 4))
-        return false;
-    name.remove_prefix(name.rfind('/') + 1); // npos + 1 is 0
-    return name == "dhclient";
-}
 
 bool hasOurRoot(pid_t pid)
 {
@@ -36,9 +23,16 @@ bool hasOurRoot(pid_t pid)
 
 Client::Client(pid_t pid) : pid(pid)
 {
-    const Procfs::Stat stat = Procfs::stat(pid);
-    parent = stat.parent;
-    startTime = stat.startTime;
+    startTime = Procfs::stat(pid).startTime;
+}
+
+bool Client::isFromApply(const std::vector<std::string> &arguments)
+{
+    // What the program found on the search path became the client's own name; what has clients ask again is no client.
+    return arguments.size() >= 2 && arguments[0].substr(arguments[0].rfind('/') + 1) == "dhclient" // npos + 1 is 0
+           && arguments[0] != "/usr/libexec/kiro-dhcp-mgr/dhclient" && arguments[1] == "-1"
+           && std::none_of(arguments.begin() + 2, arguments.end(),
+                           [](const std::string &name) { return name.empty() || name[0] == '-'; });
 }
 
 Client Client::fromString(const std::string &text)
@@ -57,18 +51,19 @@ bool Client::isInOurNetwork() const
     return Procfs::sharesNamespace(pid, "net");
 }
 
-void Client::endEarlierOnes(const std::vector<Client> &spared) const
+void Client::end() const
 {
-    const auto isEarlier = [&](const Client &other) {
-        // Until a client has bound, its parent waits for it and has the same arguments.
-        return isOurs(other.pid) && other != *this && other.startTime <= startTime && other.pid != parent
-               && std::find(spared.begin(), spared.end(), other) == spared.end()
-               && Procfs::sharesNamespace(other.pid, "net") && Procfs::sharesNamespace(other.pid, "pid")
-               && hasOurRoot(other.pid);
-    };
-    for (const auto &entry : std::filesystem::directory_iterator("/proc")) {
-        const pid_t other = Procfs::parsePid(entry.path().filename().string());
-        if (other != 0 && isOurs(other))
-            Procfs::signalIf(other, SIGKILL, [&] { return isEarlier(Client(other)); });
+    Procfs::signalIf(pid, SIGKILL, [&] { return Client(pid) == *this; });
+}
+
+void Client::endThoseOfApplies(const std::string &interface, const std::vector<Client> &spared)
+{
+    for (const pid_t pid : Procfs::processes()) {
+        const std::vector<std::string> arguments = Procfs::arguments(pid);
+        const Client client(pid);
+        if (isFromApply(arguments) && std::find(spared.begin(), spared.end(), client) == spared.end()
+            && (arguments.size() == 2 || std::find(arguments.begin(), arguments.end(), interface) != arguments.end())
+            && Procfs::sharesNamespace(pid, "net") && Procfs::sharesNamespace(pid, "pid") && hasOurRoot(pid))
+            client.end();
     }
 }

@@ -18,20 +18,23 @@ public:
     /// One word; "-" for nobody.
     std::string toString() const;
 
+    /// Whether an apply starts clients so: as "dhclient -1", alone or with the names of interfaces.
+    static bool isFromApply(const std::vector<std::string> &arguments);
+
+    pid_t number() const { return pid; }
     bool isNobody() const { return startTime == 0; }
     bool isInOurNetwork() const;
     bool operator==(const Client &other) const { return pid == other.pid && startTime == other.startTime; }
     bool operator!=(const Client &other) const { return !(*this == other); }
 
-    /// Ends the clients that were started as "dhclient -1", no later than this one, except those in `spared`. Only
-    /// in our network and process namespaces; with a root prefix, only those that run with the same one.
-    ///
-    /// They are killed: any milder signal makes a client release its lease.
-    void endEarlierOnes(const std::vector<Client> &spared) const;
+    /// Kills it: any milder signal makes a client release its lease.
+    void end() const;
+    /// Ends the clients of applies that ask on the interface, except those in `spared`. Only in our network and process
+    /// namespaces; with a root prefix, only those that run with the same one.
+    static void endThoseOfApplies(const std::string &interface, const std::vector<Client> &spared);
 
 private:
     pid_t pid = 0;
-    pid_t parent = 0;
     unsigned long long startTime = 0;
 };
 

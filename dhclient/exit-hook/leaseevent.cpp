@@ -28,13 +28,18 @@ constexpr std::pair<std::string_view, Kind> Reasons[] = {{"BOUND", Kind::Bound},
 constexpr std::string_view NotOptions[] = {"expiry",         "filename",    "ip_address",
                                            "network_number", "next_server", "server_name"};
 
-const std::string Prefix = "new_";
-
-bool isOptionName(const std::string &name)
+/// The option's name with dashes; empty when the variable does not begin so, or is not about an option.
+std::string fileName(const std::string &variable, const std::string &prefix)
 {
-    return !name.empty() && std::isalnum(static_cast<unsigned char>(name.front()))
-           && std::all_of(name.begin(), name.end(), [](unsigned char c) { return std::isalnum(c) || c == '_'; })
-           && std::find(std::begin(NotOptions), std::end(NotOptions), name) == std::end(NotOptions);
+    if (variable.compare(0, prefix.size(), prefix) != 0)
+        return {};
+    std::string name = variable.substr(prefix.size());
+    const bool isOption = !name.empty() && std::isalnum(static_cast<unsigned char>(name.front()))
+                          && std::all_of(name.begin(), name.end(),
+                                         [](unsigned char c) { return std::isalnum(c) || c == '_'; })
+                          && std::find(std::begin(NotOptions), std::end(NotOptions), name) == std::end(NotOptions);
+    std::replace(name.begin(), name.end(), '_', '-');
+    return isOption ? name : std::string();
 }
 
 /// Whether no interface has the address. Unknown counts as no.
@@ -70,12 +75,10 @@ LeaseEvent LeaseEvent::fromEnvironment(const std::string &environment)
             event.pid = Procfs::parsePid(value);
         } else if (name == "new_ip_address") {
             address = value;
-        } else if (name.compare(0, Prefix.size(), Prefix) == 0) {
-            std::string option = name.substr(Prefix.size());
-            if (isOptionName(option)) {
-                std::replace(option.begin(), option.end(), '_', '-');
-                event.options[option] = shownText(value);
-            }
+        } else if (const std::string option = fileName(name, "new_"); !option.empty()) {
+            event.options[option] = shownText(value);
+        } else if (const std::string asked = fileName(name, "requested_"); !asked.empty()) {
+            event.requested.insert(asked);
         }
     }
 

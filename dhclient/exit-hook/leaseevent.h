@@ -4,6 +4,7 @@
 #include <sys/types.h>
 
 #include <map>
+#include <set>
 #include <string>
 
 /// One call of the client's script, as its environment describes it; see dhclient-script(8).
@@ -24,6 +25,7 @@ struct LeaseEvent
     pid_t pid = 0;         ///< the client's; 0 when it gave none
     /// The received options: file name (the option's name with dashes) and text to show. None in a lost lease.
     std::map<std::string, std::string> options;
+    std::set<std::string> requested; ///< the options that the client asked for, by file name
 };
 
 #endif

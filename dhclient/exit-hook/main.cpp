@@ -59,8 +59,11 @@ bool record(const LeaseEvent &event, const std::string &directory)
     } else {
         binding.owner = client;
         bindings.assignDirectory(event.interface);
-        client.endEarlierOnes(bindings.owners());
     }
+    // What an apply started where no client ran would take a second address, and would still hold it after ifdown(8).
+    if (event.kind == LeaseEvent::Kind::Bound && !client.isNobody()
+        && !Client::isFromApply(Procfs::arguments(event.pid)))
+        Client::endThoseOfApplies(event.interface, bindings.owners());
     try {
         bindings.save();
     } catch (const std::system_error &error) {
@@ -68,7 +71,10 @@ bool record(const LeaseEvent &event, const std::string &directory)
     }
     if (binding.directory.empty())
         return false;
-    writeValueFiles(directory + '/' + binding.directory, event.options);
+    // A renewal may be of a client with an older list: what it did not ask for stays.
+    const bool keepsOthers = event.kind == LeaseEvent::Kind::Renewed;
+    writeValueFiles(directory + '/' + binding.directory, event.options,
+                    [&](const std::string &name) { return !keepsOthers || event.requested.count(name) != 0; });
     return true;
 }
 

@@ -1,7 +1,5 @@
 #include "procfs.h"
 
-#include "posix.h"
-
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -23,17 +21,27 @@ std::string readFile(const std::string &path)
     }
 }
 
-std::string linkTarget(const std::string &path)
+std::string targetOf(const std::string &link)
 {
     std::error_code ignored;
-    return std::filesystem::read_symlink(path, ignored);
+    return std::filesystem::read_symlink(link, ignored);
 }
 
 } // namespace
 
 bool Procfs::isOurs()
 {
-    return linkTarget("/proc/self") == std::to_string(::getpid());
+    return targetOf("/proc/self") == std::to_string(::getpid());
+}
+
+std::vector<pid_t> Procfs::processes()
+{
+    std::vector<pid_t> processes;
+    for (const auto &entry : std::filesystem::directory_iterator("/proc")) {
+        if (const pid_t pid = parsePid(entry.path().filename().string()); pid != 0)
+            processes.push_back(pid);
+    }
+    return processes;
 }
 
 std::string Procfs::bootId()
@@ -54,6 +62,20 @@ std::string Procfs::read(pid_t pid, const char *file)
     return readFile("/proc/" + std::to_string(pid) + '/' + file);
 }
 
+std::string Procfs::linkTarget(pid_t pid, const char *link)
+{
+    return targetOf("/proc/" + std::to_string(pid) + '/' + link);
+}
+
+std::vector<std::string> Procfs::arguments(pid_t pid)
+{
+    std::vector<std::string> arguments;
+    std::istringstream words(read(pid, "cmdline"));
+    for (std::string word; std::getline(words, word, '\0');)
+        arguments.push_back(word);
+    return arguments;
+}
+
 Procfs::Stat Procfs::stat(pid_t pid)
 {
     // The second field is the program's name in parentheses, and may contain blanks and parentheses itself.
@@ -61,9 +83,9 @@ Procfs::Stat Procfs::stat(pid_t pid)
     std::istringstream fields(line.substr(line.rfind(')') + 1));
     char state = 0;
     Stat stat;
-    fields >> state >> stat.parent;
     std::string field;
-    for (int number = 5; number < 22; ++number)
+    fields >> state >> stat.parent >> field >> stat.session;
+    for (int number = 7; number < 22; ++number)
         fields >> field;
     fields >> stat.startTime;
     const bool hasEnded = state == 'Z' || state == 'X'; // but nobody has waited for it yet
@@ -81,13 +103,23 @@ bool Procfs::catchesSignal(pid_t pid, int signalNumber)
 
 bool Procfs::sharesNamespace(pid_t pid, const char *kind)
 {
-    const std::string file = std::string("/ns/") + kind;
-    const std::string target = linkTarget("/proc/" + std::to_string(pid) + file);
-    return !target.empty() && target == linkTarget("/proc/self" + file);
+    const std::string file = std::string("ns/") + kind;
+    const std::string target = linkTarget(pid, file.c_str());
+    return !target.empty() && target == linkTarget(::getpid(), file.c_str());
+}
+
+Posix::Descriptor Procfs::open(pid_t pid)
+{
+    return Posix::Descriptor(static_cast<int>(::syscall(SYS_pidfd_open, pid, 0)));
+}
+
+bool Procfs::kill(const Posix::Descriptor &process, int signalNumber)
+{
+    return ::syscall(SYS_pidfd_send_signal, process.get(), signalNumber, nullptr, 0) == 0;
 }
 
 bool Procfs::signalIf(pid_t pid, int signalNumber, const std::function<bool()> &check)
 {
-    const Posix::Descriptor process(static_cast<int>(::syscall(SYS_pidfd_open, pid, 0)));
-    return process && check() && ::syscall(SYS_pidfd_send_signal, process.get(), signalNumber, nullptr, 0) == 0;
+    const Posix::Descriptor process = open(pid);
+    return process && check() && kill(process, signalNumber);
 }

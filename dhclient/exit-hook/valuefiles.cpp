@@ -31,11 +31,13 @@ bool isUpToDate(const std::string &path, const std::string &content)
 
 } // namespace
 
-void writeValueFiles(const std::string &directory, const std::map<std::string, std::string> &values)
+void writeValueFiles(const std::string &directory, const std::map<std::string, std::string> &values,
+                     const std::function<bool(const std::string &)> &isOutdated)
 {
     Posix::makeDirectories(directory);
     for (const auto &entry : std::filesystem::directory_iterator(directory)) {
-        if (values.count(entry.path().filename()) == 0)
+        const std::string name = entry.path().filename();
+        if (values.count(name) == 0 && isOutdated(name))
             ::unlink(entry.path().c_str());
     }
     for (const auto &[name, value] : values) {
