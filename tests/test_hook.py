@@ -175,39 +175,6 @@ def test_next_owner(hook, start):
     eventually(lambda: hook.event("RENEW", "eth0", pid=stranger, new_a="3") == {"eth0/a": "3"})
 
 
-@pytest.mark.parametrize("arguments, is_ended", [
-    (["dhclient", "-1"], True),
-    (["/usr/sbin/dhclient", "-1"], True),
-    (["dhclient", "-1", "wlan0", "eth0"], True),
-    (["dhclient", "-1", "wlan0"], False),  # it asks elsewhere
-    (["dhclient", "-1", "-v", "eth0"], False),
-    (["dhclient", "-1", ""], False),
-    (["dhclient", "-1 "], False),
-    (["dhclient"], False),
-    (["xdhclient", "-1"], False),
-    (["dhclient/x", "-1"], False),
-    (["/usr/libexec/kiro-dhcp-mgr/dhclient", "-1"], False)])  # it has clients ask again
-def test_client_of_an_apply_ends_when_another_binds_its_interface(hook, start, arguments, is_ended):
-    candidate, surely_ended = start(*arguments), start("dhclient", "-1")
-    hook.event("BOUND", "eth0", pid=start("client of ifup").client)
-    surely_ended.wait(PATIENCE)
-    assert (candidate.poll() is not None) == is_ended
-
-
-def test_client_of_an_apply_is_kept(hook, start):
-    of_another_root = start("dhclient", "-1", KIRO_DHCP_MGR_ROOT="/x")
-    holder = start("dhclient", "-1")
-    hook.event("BOUND", "lo", pid=holder.client)
-    next_to_it = start("dhclient", "-1")
-    hook.event("BOUND", "eth1", pid=next_to_it.client)  # ends nothing: it is of an apply itself
-    assert holder.poll() is None
-    hook.event("RENEW", "eth0", pid=start("renewing").client)
-    assert next_to_it.poll() is None
-    hook.event("BOUND", "eth0", pid=start("binding").client)
-    next_to_it.wait(PATIENCE)  # there is no eth1
-    assert holder.poll() is None and of_another_root.poll() is None
-
-
 @pytest.mark.parametrize("options, shown", [("--net", "theirs"), ("--pid --fork --kill-child", "ours")])
 def test_other_namespaces(hook, start, options, shown):
     theirs = start("unshare", "--map-root-user", *options.split(), "bash", "-c",

@@ -75,16 +75,6 @@ std::vector<std::string> Bindings::interfacesOf(const Client &owner) const
     return interfaces;
 }
 
-std::vector<Client> Bindings::owners() const
-{
-    std::vector<Client> owners;
-    for (const auto &[interface, binding] : bindings) {
-        if (::if_nametoindex(interface.c_str()) != 0)
-            owners.push_back(binding.owner);
-    }
-    return owners;
-}
-
 void Bindings::save() const
 {
     std::string content = Heading;

@@ -30,8 +30,6 @@ public:
     /// Gives the interface the directory that is due to it, if there is one.
     void assignDirectory(const std::string &interface);
     std::vector<std::string> interfacesOf(const Client &owner) const;
-    /// The owners of interfaces that exist.
-    std::vector<Client> owners() const;
 
     /// Writes the file where anything has changed. Throws std::system_error. It is not flushed to disk: when it is
     /// lost, the next leases assign the directories again.

@@ -1,25 +1,11 @@
 #include "client.h"
 
-#include "paths.h"
 #include "procfs.h"
 
 #include <signal.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <string_view>
-
-namespace {
-
-bool hasOurRoot(pid_t pid)
-{
-    if (!Paths::hasRoot())
-        return true;
-    const std::string variable = std::string("KIRO_DHCP_MGR_ROOT=") + std::getenv("KIRO_DHCP_MGR_ROOT");
-    return ('\0' + Procfs::read(pid, "environ")).find('\0' + variable + '\0') != std::string::npos;
-}
-
-} // namespace
 
 Client::Client(pid_t pid) : pid(pid)
 {
@@ -56,14 +42,13 @@ void Client::end() const
     Procfs::signalIf(pid, SIGKILL, [&] { return Client(pid) == *this; });
 }
 
-void Client::endThoseOfApplies(const std::string &interface, const std::vector<Client> &spared)
+bool Client::anApplysAsksOn(const std::string &interface)
 {
-    for (const pid_t pid : Procfs::processes()) {
+    const std::vector<pid_t> processes = Procfs::processes();
+    return std::any_of(processes.begin(), processes.end(), [&](pid_t pid) {
         const std::vector<std::string> arguments = Procfs::arguments(pid);
-        const Client client(pid);
-        if (isFromApply(arguments) && std::find(spared.begin(), spared.end(), client) == spared.end()
-            && (arguments.size() == 2 || std::find(arguments.begin(), arguments.end(), interface) != arguments.end())
-            && Procfs::sharesNamespace(pid, "net") && Procfs::sharesNamespace(pid, "pid") && hasOurRoot(pid))
-            client.end();
-    }
+        return isFromApply(arguments) && Procfs::sharesNamespace(pid, "net")
+               && (arguments.size() == 2
+                   || std::find(arguments.begin(), arguments.end(), interface) != arguments.end());
+    });
 }

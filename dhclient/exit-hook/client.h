@@ -29,9 +29,8 @@ public:
 
     /// Kills it: any milder signal makes a client release its lease.
     void end() const;
-    /// Ends the clients of applies that ask on the interface, except those in `spared`. Only in our network and process
-    /// namespaces; with a root prefix, only those that run with the same one.
-    static void endThoseOfApplies(const std::string &interface, const std::vector<Client> &spared);
+    /// Whether a client of an apply asks on the interface, in our network.
+    static bool anApplysAsksOn(const std::string &interface);
 
 private:
     pid_t pid = 0;

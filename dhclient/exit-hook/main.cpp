@@ -2,6 +2,7 @@
 // sources the hook; that process's initial environment describes the event.
 
 #include "bindings.h"
+#include "client.h"
 #include "leaseevent.h"
 #include "paths.h"
 #include "posix.h"
@@ -12,7 +13,9 @@
 
 #include <fcntl.h>
 #include <signal.h>
+#include <spawn.h>
 #include <sys/file.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -60,10 +63,6 @@ bool record(const LeaseEvent &event, const std::string &directory)
         binding.owner = client;
         bindings.assignDirectory(event.interface);
     }
-    // What an apply started where no client ran would take a second address, and would still hold it after ifdown(8).
-    if (event.kind == LeaseEvent::Kind::Bound && !client.isNobody()
-        && !Client::isFromApply(Procfs::arguments(event.pid)))
-        Client::endThoseOfApplies(event.interface, bindings.owners());
     try {
         bindings.save();
     } catch (const std::system_error &error) {
@@ -78,6 +77,21 @@ bool record(const LeaseEvent &event, const std::string &directory)
     return true;
 }
 
+/// Where an apply found no client it started one. When another binds an interface of that one, it has to give the
+/// interface up: it would hold a second address, also after ifdown(8).
+void dislodgeClientOfApply(const LeaseEvent &event)
+{
+    if (event.kind != LeaseEvent::Kind::Bound || Client::isFromApply(Procfs::arguments(event.pid))
+        || !Client::anApplysAsksOn(event.interface))
+        return;
+    std::string program = Paths::resolve("/usr/libexec/kiro-dhcp-mgr/dhclient");
+    std::string once = "-1";
+    char *const arguments[] = {program.data(), once.data(), nullptr};
+    pid_t pid = 0;
+    if (::posix_spawn(&pid, program.c_str(), nullptr, nullptr, arguments, nullptr) == 0)
+        ::waitpid(pid, nullptr, 0);
+}
+
 void run(const char *script)
 {
     if (!Procfs::isOurs())
@@ -86,10 +100,11 @@ void run(const char *script)
     const std::string directory = Paths::resolve("/var/lib/dhcp3/vars");
     Posix::makeDirectories(directory);
     Posix::Descriptor lockFile = lock(directory + "/.lock");
-    if (!record(event, directory))
-        return;
+    const bool isRecorded = record(event, directory);
     lockFile.reset();
-    refreshWindow();
+    dislodgeClientOfApply(event);
+    if (isRecorded)
+        refreshWindow();
 }
 
 } // namespace

@@ -39,7 +39,7 @@ iface eth0 inet dhcp
 
 auto eth1
 iface eth1 inet static
-    address 10.77.0.9/24
+    address 10.78.0.9/24
 
 iface eth2 inet dhcp
 END
@@ -56,7 +56,7 @@ END
     done
     ip link set lo up
     : >"$root/tmp/dhcpd.leases"
-    start_server 10
+    start_server 8
 }
 
 in_server_network() {
