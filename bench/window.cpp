@@ -1,6 +1,6 @@
-// What the program itself does from its start to the first paint of its table.
+// What the program does from its start to the first paint of its table.
 
-#include "bench.h"
+#include "firstpaint.h"
 
 #include "dhcpapp.h"
 #include "dhcptable.h"
@@ -12,7 +12,7 @@ int main(int argc, char **argv)
     VApplication application(argc, argv, true, true, true);
     application.exitIfRunning();
     const DhcpApp app(false, false);
-    const Bench::FirstPaint firstPaint(app.mainWindow()->optionTable()->viewport());
+    const FirstPaint firstPaint(app.mainWindow()->optionTable()->viewport());
     app.mainWindow()->setVisible(true);
     return QApplication::exec();
 }
