@@ -3,9 +3,10 @@
 #include "dhcpoption.h"
 #include "words.h"
 
-#include <QSet>
+#include <QHash>
 
 #include <iostream>
+#include <utility>
 
 namespace {
 
@@ -20,83 +21,16 @@ void report(const char *heading, const QXmlParseException &exception)
               << "   SystemID: '" << exception.systemId().toStdString() << "'" << std::endl;
 }
 
-} // namespace
-
-/// An element of the definition format: its name and what stores its value in the record, which is false for a
-/// value that is refused.
-struct ConfigParser::Element
+bool removePrefix(QString &text, const char *prefix)
 {
-    const char *name;
-    bool (*store)(const ConfigParser &parser, const QString &value);
+    const QLatin1String latin1(prefix);
+    if (!text.startsWith(latin1, Qt::CaseInsensitive))
+        return false;
+    text.remove(0, latin1.size());
+    return true;
+}
 
-    template <QString DhcpOption::*field>
-    static bool text(const ConfigParser &parser, const QString &value)
-    {
-        parser.option->*field = value;
-        return true;
-    }
-
-    template <QString DhcpOption::*field, bool (*isValid)(const QString &)>
-    static bool checkedText(const ConfigParser &parser, const QString &value)
-    {
-        return isValid(value) && text<field>(parser, shared(value));
-    }
-
-    template <QHash<QString, QString> DhcpOption::*field>
-    static bool localText(const ConfigParser &parser, const QString &value)
-    {
-        (parser.option->*field).insert(shared(parser.language()), value);
-        return true;
-    }
-
-    template <bool DhcpOption::*field>
-    static bool flag(const ConfigParser &parser, const QString &value)
-    {
-        return parser.option->parseBool(value, parser.option->*field);
-    }
-
-    /// One and the same copy of a text that most definitions repeat.
-    static QString shared(const QString &text)
-    {
-        static QSet<QString> texts;
-        return *texts.insert(text);
-    }
-
-    static bool nothing(const ConfigParser & /*parser*/, const QString & /*value*/) { return true; }
-
-    static bool code(const ConfigParser &parser, const QString &value)
-    {
-        bool isNumber = false;
-        const quint32 code = value.toUInt(&isNumber, 0);
-        if (isNumber)
-            parser.option->standardCode = code;
-        return isNumber;
-    }
-
-    static bool dhcpClass(const ConfigParser &parser, const QString &value)
-    {
-        return parser.option->setDhcpClass(value);
-    }
-
-    static const Element all[14];
-};
-
-const ConfigParser::Element ConfigParser::Element::all[] = {
-    {"dhcp-option", nothing},
-    {"code", code},
-    {"name", localText<&DhcpOption::names>},
-    {"windows-name", text<&DhcpOption::windowsName>},
-    {"windows-type", checkedText<&DhcpOption::windowsType, isValidWindowsType>},
-    {"linux-name", text<&DhcpOption::linuxName>},
-    {"linux-type", checkedText<&DhcpOption::linuxType, isValidLinuxType>},
-    {"dhcp-class", dhcpClass},
-    {"description", localText<&DhcpOption::descriptions>},
-    {"example", text<&DhcpOption::example>},
-    {"default", flag<&DhcpOption::requestedByDefault>},
-    {"standard-option", flag<&DhcpOption::standardOption>},
-    {"hide-option", flag<&DhcpOption::hideOption>},
-    {"linux-predefined", flag<&DhcpOption::linuxPredefined>},
-};
+} // namespace
 
 ConfigParser::ConfigParser(DhcpOption *option) : option(option) {}
 
@@ -127,23 +61,52 @@ bool ConfigParser::ignorableWhitespace(const QString & /*text*/)
 bool ConfigParser::endElement(const QString & /*namespaceUri*/, const QString &localName,
                               const QString & /*qualifiedName*/)
 {
+    static const QHash<QString, QString DhcpOption::*> texts = {{QStringLiteral("windows-name"),
+                                                                 &DhcpOption::windowsName},
+                                                                {QStringLiteral("linux-name"), &DhcpOption::linuxName},
+                                                                {QStringLiteral("example"), &DhcpOption::example}};
+    static const QHash<QString, QHash<QString, QString> DhcpOption::*> translations = {
+        {QStringLiteral("name"), &DhcpOption::names},
+        {QStringLiteral("description"), &DhcpOption::descriptions}};
+    static const QHash<QString, bool DhcpOption::*> flags = {
+        {QStringLiteral("default"), &DhcpOption::requestedByDefault},
+        {QStringLiteral("standard-option"), &DhcpOption::standardOption},
+        {QStringLiteral("hide-option"), &DhcpOption::hideOption},
+        {QStringLiteral("linux-predefined"), &DhcpOption::linuxPredefined}};
+
     --depth;
-    // Records live as long as the program; so would the spare capacity that collecting leaves in the text.
-    elementText.squeeze();
-    const QString value = elementText;
-    elementText.clear();
+    const QString value = std::exchange(elementText, QString());
     if (value.isEmpty())
         std::cerr << "<" << localName.toStdString() << "> element without a value" << std::endl;
-    for (const Element &element : Element::all) {
-        if (!isWord(localName, element.name))
-            continue;
-        if (element.store(*this, value))
-            return true;
-        std::cerr << "Bad <" << element.name << "> element: '" << value.toStdString() << "'" << std::endl;
+    const QString element = localName.toCaseFolded();
+    bool isAccepted = true;
+    if (texts.contains(element)) {
+        option->*texts[element] = value;
+    } else if (translations.contains(element)) {
+        (option->*translations[element]).insert(language(), value);
+    } else if (flags.contains(element)) {
+        isAccepted = option->parseBool(value, option->*flags[element]);
+    } else if (element == QLatin1String("code")) {
+        const quint32 code = value.toUInt(&isAccepted, 0);
+        if (isAccepted)
+            option->standardCode = code;
+    } else if (element == QLatin1String("windows-type")) {
+        isAccepted = isValidWindowsType(value);
+        if (isAccepted)
+            option->windowsType = value;
+    } else if (element == QLatin1String("linux-type")) {
+        isAccepted = isValidLinuxType(value);
+        if (isAccepted)
+            option->linuxType = value;
+    } else if (element == QLatin1String("dhcp-class")) {
+        isAccepted = option->setDhcpClass(value);
+    } else if (element != QLatin1String("dhcp-option")) {
+        std::cerr << "Unrecognized element '" << localName.toStdString() << "'" << std::endl;
         return false;
     }
-    std::cerr << "Unrecognized element '" << localName.toStdString() << "'" << std::endl;
-    return false;
+    if (!isAccepted)
+        std::cerr << "Bad <" << element.toStdString() << "> element: '" << value.toStdString() << "'" << std::endl;
+    return isAccepted;
 }
 
 /// The value of the element's "lang" attribute, as written.
@@ -177,4 +140,24 @@ bool ConfigParser::fatalError(const QXmlParseException &exception)
 {
     report("XML parse fatal error.", exception);
     return false;
+}
+
+bool ConfigParser::isValidWindowsType(const QString &type)
+{
+    QString word = type;
+    word.remove(QStringLiteral(" Array"), Qt::CaseInsensitive);
+    return isOneOf(word, {"Byte", "Word", "Long", "Long Integer", "Ip Address", "String", "Binary", "Encapsulated"});
+}
+
+/// Refuses only what is known not to work: arrays of text and encapsulated options. Any other word is left to
+/// the client, which may know more types than this table.
+bool ConfigParser::isValidLinuxType(const QString &type)
+{
+    QString word = type;
+    const bool isArray = removePrefix(word, "array of ");
+    removePrefix(word, "unsigned ");
+    removePrefix(word, "signed ");
+    if (isOneOf(word, {"text", "string"}))
+        return !isArray;
+    return !word.startsWith(QLatin1String("encapsulate"), Qt::CaseInsensitive);
 }

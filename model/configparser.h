@@ -29,8 +29,6 @@ public:
 private:
     Q_DISABLE_COPY(ConfigParser)
 
-    struct Element;
-
     QString language() const;
     static bool isValidWindowsType(const QString &type);
     static bool isValidLinuxType(const QString &type);

@@ -1,6 +1,7 @@
 #include "dhcpoption.h"
 
 #include "configparser.h"
+#include "words.h"
 
 #include <QFile>
 #include <QLocale>
@@ -91,4 +92,28 @@ bool DhcpOption::setCode(const QString &text)
 QString DhcpOption::newOptionSpec(unsigned int code) const
 {
     return linuxName + QLatin1Char(' ') + QString::number(code) + QLatin1Char(' ') + linuxType;
+}
+
+bool DhcpOption::parseBool(const QString &text, bool &value)
+{
+    const bool isTrue = isOneOf(text, {"On", "True", "Yes", "Enabled"});
+    if (!isTrue && !isOneOf(text, {"Off", "False", "No", "Disabled"}))
+        return false;
+    value = isTrue;
+    return true;
+}
+
+bool DhcpOption::setDhcpClass(const QString &text)
+{
+    if (isOneOf(text, {"Normal", "Standard", "User-Controlled"}))
+        dhcpClass = Normal;
+    else if (isWord(text, "Managed"))
+        dhcpClass = Managed;
+    else if (isOneOf(text, {"Always-On", "Always On"}))
+        dhcpClass = AlwaysOn;
+    else if (isOneOf(text, {"Always-Off", "Always Off"}))
+        dhcpClass = AlwaysOff;
+    else
+        return false;
+    return true;
 }

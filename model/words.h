@@ -3,13 +3,19 @@
 
 #include <QString>
 
-/// Whether the text is the word, ignoring case: how every name and vocabulary word of the definition format is
-/// compared.
+#include <algorithm>
+#include <initializer_list>
+
+// How the names and the vocabularies of the definition format are compared: whole, ignoring case; nothing is trimmed.
+
 inline bool isWord(const QString &text, const char *word)
 {
-    // Folding case changes no length, and most words already differ in theirs.
-    const QLatin1String latin1(word);
-    return text.size() == latin1.size() && (text == latin1 || text.compare(latin1, Qt::CaseInsensitive) == 0);
+    return text.compare(QLatin1String(word), Qt::CaseInsensitive) == 0;
+}
+
+inline bool isOneOf(const QString &text, std::initializer_list<const char *> words)
+{
+    return std::any_of(words.begin(), words.end(), [&](const char *word) { return isWord(text, word); });
 }
 
 #endif
