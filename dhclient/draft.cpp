@@ -3,102 +3,158 @@
 #include "layout.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace DhclientConf {
 
 namespace {
 
-// Changes nothing wherever it stands, and no request enters it.
-constexpr std::string_view EmptyList = "also require;";
+// What the client requests where no request statement says otherwise, in the order of its option 55 (C4). Those of
+// dhcp6 are the list of its DHCPv6 side: one statement sets both.
+constexpr std::string_view BuiltInRequests[] = {"subnet-mask", "broadcast-address",  "time-offset",
+                                                "routers",     "domain-name",        "domain-name-servers",
+                                                "host-name",   "dhcp6.name-servers", "dhcp6.domain-search"};
 
-bool isSoundDeclaration(const Statement &statement)
+bool isBuiltIn(const std::string &id)
 {
-    return statement.kind == Statement::Declaration && !statement.value.empty();
+    return std::find(std::begin(BuiltInRequests), std::end(BuiltInRequests), id) != std::end(BuiltInRequests);
 }
 
 } // namespace
 
-Draft::Draft(std::string_view text, const Reader &reader)
-    : reader(reader)
-    , content(text)
-    , current(std::make_unique<Reading>(text, reader))
-{
-}
+Draft::Draft(std::string_view text) : content(text), configuration(content) {}
 
 void Draft::change(std::string text)
 {
-    if (text == content)
-        return;
     content = std::move(text);
-    current = std::make_unique<Reading>(content, reader);
+    configuration = Configuration(content);
 }
 
-void Draft::addDeclaration(const std::string &statement)
+void Draft::carryOut(const std::vector<Wish> &wishes)
 {
-    const std::vector<Statement> &statements = reading().statements();
+    for (const Wish &wish : wishes) {
+        if (wish.isCleared)
+            requestNoMore(wish);
+        if (wish.declaration)
+            declare(wish);
+        else
+            undeclare(wish);
+        if (wish.requested == true)
+            request(wish);
+    }
+    if (std::any_of(wishes.begin(), wishes.end(), [](const Wish &wish) { return wish.requested.has_value(); }))
+        noteLimits();
+}
+
+void Draft::request(const Wish &wish)
+{
+    while (const Statement *list = configuration.listWithout(wish.id))
+        change(withName(content, *list, wish.name));
+    if (isBuiltIn(wish.id) || !configuration.isMissingFromBuiltIn(wish.id))
+        return;
+    if (const Statement *list = configuration.addedToBuiltIn())
+        change(withName(content, *list, wish.name));
+    else
+        addList("also request " + wish.name + ';');
+}
+
+void Draft::requestNoMore(const Wish &wish)
+{
+    const auto lists = [&wish](const Statement *statement) { return statement->isList() && statement->has(wish.id); };
+    for (;;) {
+        const std::vector<const Statement *> &all = configuration.all();
+        const auto list = std::find_if(all.begin(), all.end(), lists);
+        if (list == all.end())
+            break;
+        change(withoutName(content, **list, (*list)->find(wish.id)));
+    }
+    if (wish.requested == true || !isBuiltIn(wish.id) || !configuration.isMissingFromBuiltIn(wish.id))
+        return;
+    std::vector<std::string_view> others;
+    std::remove_copy(std::begin(BuiltInRequests), std::end(BuiltInRequests), std::back_inserter(others), wish.id);
+    addList(requestStatement(others, lineEnd(content)));
+}
+
+std::vector<const Statement *> Draft::declarations(const std::string &id) const
+{
+    std::vector<const Statement *> result;
+    for (const Statement *statement : configuration.all()) {
+        if (statement->kind == Statement::Kind::Declaration && statement->has(id))
+            result.push_back(statement);
+    }
+    return result;
+}
+
+void Draft::declare(const Wish &wish)
+{
+    const Wish::Declaration &wanted = *wish.declaration;
+    const std::vector<const Statement *> declared = declarations(wish.id);
+    std::string text = content;
+    // From the last on: the places of those before stay.
+    for (auto statement = declared.rbegin(); statement != declared.rend(); ++statement) {
+        if ((*statement)->type != wanted.type)
+            text = replaced(text, (*statement)->typeRange, wanted.type);
+        if ((*statement)->code != wanted.code)
+            text = replaced(text, (*statement)->codeRange, wanted.code);
+    }
+    if (declared.empty())
+        addFirst("option " + wish.name + " code " + wanted.code + " = " + wanted.type + ';');
+    else
+        change(std::move(text));
+}
+
+void Draft::undeclare(const Wish &wish)
+{
+    std::vector<const Statement *> doomed = declarations(wish.id);
+    const auto stays = [&wish](const Statement *statement) {
+        return !wish.isUndeclared && wish.undeclared.count(statement->code) == 0;
+    };
+    doomed.erase(std::remove_if(doomed.begin(), doomed.end(), stays), doomed.end());
+    if (doomed.empty())
+        return;
+    const std::vector<const Statement *> &all = configuration.all();
+    if (std::any_of(all.begin(), all.end(), [&wish](const Statement *statement) {
+            return statement->kind != Statement::Kind::Declaration && statement->has(wish.id);
+        })) {
+        lines.push_back(quoted(wish.name) + " is still used, its declaration stays");
+        return;
+    }
+    std::string text = content;
+    for (auto statement = doomed.rbegin(); statement != doomed.rend(); ++statement)
+        text = without(text, **statement);
+    change(std::move(text));
+}
+
+void Draft::addFirst(const std::string &statement)
+{
+    const std::vector<Statement> &statements = configuration.statements();
     change(statements.empty() ? withAtEnd(content, statement) : withAbove(content, statements.front(), statement));
 }
 
+// Below the declarations at the head of the file: a list is read after what it names is declared.
 void Draft::addList(const std::string &statement)
 {
-    const std::vector<Statement> &statements = reading().statements();
-    const auto first = std::find_if_not(statements.begin(), statements.end(), isSoundDeclaration);
+    const std::vector<Statement> &statements = configuration.statements();
+    const auto first = std::find_if(statements.begin(), statements.end(),
+                                    [](const Statement &other) { return other.kind != Statement::Kind::Declaration; });
     if (first == statements.begin())
-        addDeclaration(statement);
+        addFirst(statement);
     else
         change(withBelow(content, *(first - 1), statement));
 }
 
-bool Draft::isSafe(std::size_t place) const
+void Draft::noteLimits()
 {
-    if (place == 0)
-        return true;
-    const std::vector<Step> &steps = reading().steps();
-    const Range range = steps[place].statement->range;
-    const Step &before = steps[place - 1];
-    const std::size_t lastBegin = before.statement->range.begin;
-    const bool isAfterBlock = std::any_of(steps.begin(), steps.end(), [&](const Step &step) {
-        const Range block = step.statement->range;
-        return !step.included && step.statement->kind == Statement::Block && block.begin < lastBegin
-               && lastBegin < block.end && block.end <= range.begin;
-    });
-    if (before.included || isAfterBlock)
-        return false;
-    switch (before.statement->kind) {
-    case Statement::Request:
-    case Statement::Require:
-        return true;
-    case Statement::Declaration:
-        return isSoundDeclaration(*before.statement);
-    case Statement::Block:
-        return range.end < before.statement->range.end; // the first statement in it
-    case Statement::Include:
-    case Statement::Opaque:
-        break;
+    for (const Statement *statement : configuration.all()) {
+        if (statement->kind != Statement::Kind::Opaque)
+            continue;
+        const std::string line = "line " + std::to_string(statement->line);
+        // The list that the client would make gives way to what a send statement gives the server (C7).
+        if (statement->has("send") && statement->has("dhcp-parameter-request-list"))
+            lines.push_back(line + " sends a list of its own, whatever is requested");
+        if (!statement->names.empty() && statement->names.front().id == "include")
+            lines.push_back(line + " includes a file, whose lists are not looked into");
     }
-    return false;
-}
-
-void Draft::remove(std::size_t place)
-{
-    const Statement &statement = *reading().steps()[place].statement;
-    change(isSafe(place) ? without(content, statement) : replaced(content, statement.range, EmptyList));
-}
-
-void Draft::removeName(std::size_t place, std::size_t index)
-{
-    const Statement &list = *reading().steps()[place].statement;
-    const std::string_view statement = std::string_view(content).substr(list.range.begin,
-                                                                        list.range.end - list.range.begin);
-    const bool vanishes = list.also && list.names.size() == 1 && isSafe(place)
-                          && statement.find('#') == std::string_view::npos;
-    change(vanishes ? without(content, list) : withoutName(content, list, index));
-}
-
-void Draft::note(const std::string &line)
-{
-    if (std::find(lines.begin(), lines.end(), line) == lines.end())
-        lines.push_back(line);
 }
 
 } // namespace DhclientConf

@@ -11,7 +11,7 @@ class Error : public std::runtime_error
 {
 public:
     enum Fault {
-        File = 1,   ///< the configuration can't be understood, or the client would drop a list of it
+        File = 1,   ///< the configuration is at fault
         Command = 2 ///< a command asks for what can't be done
     };
 

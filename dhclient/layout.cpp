@@ -125,6 +125,9 @@ std::string withoutName(std::string_view text, const Statement &list, std::size_
     constexpr std::string_view Separators = ", \t\r\n\v\f";
     const std::vector<Name> &names = list.names;
     const Name &name = names[index];
+    const std::string_view statement = text.substr(list.range.begin, list.range.end - list.range.begin);
+    if (list.also && names.size() == 1 && statement.find('#') == std::string_view::npos)
+        return without(text, list);
     const bool isFirst = index == 0;
     const bool isLast = index + 1 == names.size();
     const std::size_t before = isFirst ? list.keywordEnd : names[index - 1].range.end;

@@ -1,7 +1,7 @@
 #ifndef LAYOUT_H
 #define LAYOUT_H
 
-#include "statements.h"
+#include "configuration.h"
 
 #include <string>
 #include <string_view>
@@ -23,7 +23,8 @@ std::string withAtEnd(std::string_view text, std::string_view added);
 
 /// With the name as the last of a list.
 std::string withName(std::string_view text, const Statement &list, std::string_view name);
-/// Without the list's name at that index; comments around it stay.
+/// Without the list's name at that index; comments around it stay. With its last name goes a statement that only adds
+/// to others.
 std::string withoutName(std::string_view text, const Statement &list, std::size_t index);
 
 /// "request A, B;" in lines of bounded length.

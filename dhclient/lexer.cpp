@@ -3,34 +3,22 @@
 #include "error.h"
 
 #include <algorithm>
-#include <array>
-#include <cstdlib>
 
 namespace DhclientConf {
 
 namespace {
 
-enum Class : unsigned char { Other, Space, Letter };
+constexpr std::string_view Space = " \t\n\v\f\r";
 
-// A look-up per byte: most of the tool's time is spent here.
-constexpr std::array<Class, 256> classes()
+char lowerCase(char c)
 {
-    std::array<Class, 256> result{};
-    for (std::size_t i = 0; i < result.size(); ++i) {
-        const char c = lowerCase(static_cast<char>(i));
-        if (c == ' ' || (c >= '\t' && c <= '\r'))
-            result[i] = Space;
-        else if ((c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '-' || c == '_')
-            result[i] = Letter;
-    }
-    return result;
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
 }
 
-constexpr std::array<Class, 256> Classes = classes();
-
-Class classOf(char c)
+bool isLetter(char c)
 {
-    return Classes[static_cast<unsigned char>(c)];
+    const char l = lowerCase(c);
+    return (l >= 'a' && l <= 'z') || (l >= '0' && l <= '9') || l == '-' || l == '_';
 }
 
 } // namespace
@@ -42,14 +30,17 @@ std::string lower(std::string_view text)
     return result;
 }
 
+bool Token::is(std::string_view expected) const
+{
+    return lower(text) == expected;
+}
+
 void Lexer::skipSpace()
 {
-    for (; position < text.size(); ++position) {
+    while (position < text.size() && (text[position] == '#' || Space.find(text[position]) != std::string_view::npos)) {
         if (text[position] == '#')
             position = std::min(text.find('\n', position), text.size());
-        if (position == text.size() || classOf(text[position]) != Space)
-            return;
-        if (text[position] == '\n')
+        else if (text[position++] == '\n')
             ++line;
     }
 }
@@ -58,59 +49,38 @@ Token Lexer::next()
 {
     skipSpace();
     Token token;
-    token.begin = position;
+    token.range.begin = position;
     token.line = line;
     if (position < text.size()) {
         const char first = text[position++];
-        token.kind = first == '"' ? Token::String : classOf(first) == Letter ? Token::Word : Token::Sign;
-        if (token.kind == Token::String)
+        if (first == '"') {
+            token.kind = Token::Kind::String;
             skipString();
-        while (token.kind == Token::Word && position < text.size() && classOf(text[position]) == Letter)
-            ++position;
+        } else if (isLetter(first)) {
+            token.kind = Token::Kind::Word;
+            while (position < text.size() && isLetter(text[position]))
+                ++position;
+        } else {
+            token.kind = Token::Kind::Sign;
+        }
     }
-    token.end = position;
-    token.text = text.substr(token.begin, token.end - token.begin);
+    token.range.end = position;
+    token.text = text.substr(token.range.begin, position - token.range.begin);
     return token;
 }
 
 void Lexer::skipString()
 {
     const int begin = line;
-    while (position < text.size()) {
+    for (bool isEscaped = false; position < text.size();) {
         const char c = text[position++];
-        if (c == '"')
+        if (c == '"' && !isEscaped)
             return;
-        if (c == '\\' && position < text.size() && text[position++] != '\n')
-            continue;
-        if (c == '\\' || c == '\n')
+        if (c == '\n')
             ++line;
+        isEscaped = c == '\\' && !isEscaped;
     }
     throw Error(Error::File, "a string without its closing quote", begin);
-}
-
-std::string stringValue(std::string_view token)
-{
-    constexpr std::string_view Letters = "tnrb";
-    constexpr std::string_view Controls = "\t\n\r\b";
-    const std::string_view content = token.substr(1, token.size() - 2);
-    std::string value;
-    for (std::size_t i = 0; i < content.size(); ++i) {
-        if (content[i] != '\\' || i + 1 == content.size()) {
-            value += content[i];
-            continue;
-        }
-        const char c = content[++i];
-        const bool isHex = c == 'x';
-        if (isHex || (c >= '0' && c <= '7')) {
-            const std::string digits(content.substr(isHex ? i + 1 : i, isHex ? 2 : 3));
-            value += static_cast<char>(std::strtol(digits.c_str(), nullptr, isHex ? 16 : 8));
-            i += 2;
-        } else {
-            const std::size_t letter = Letters.find(c);
-            value += letter == std::string_view::npos ? c : Controls[letter];
-        }
-    }
-    return value;
 }
 
 } // namespace DhclientConf

@@ -1,18 +1,20 @@
 // kiro-dhclient-edit: edits /etc/dhcp/dhclient.conf so that the client requests and declares options.
-// Statuses: 0 done, perhaps with notes on standard error; 1 the file can't be read, written or understood;
-// 2 a wrong argument. With 1 and 2 nothing was written.
 
-#include "edit.h"
+#include "client.h"
+#include "draft.h"
 #include "error.h"
+#include "lockfile.h"
 #include "paths.h"
 #include "posix.h"
+#include "report.h"
 
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
 #include <exception>
+#include <iostream>
 
-#include <fcntl.h>
-#include <sys/file.h>
+#include <sys/wait.h>
 #include <syslog.h>
 #include <unistd.h>
 
@@ -20,46 +22,49 @@ using namespace DhclientConf;
 
 namespace {
 
+constexpr char Program[] = "kiro-dhclient-edit";
 constexpr char ConfPath[] = "/etc/dhcp/dhclient.conf";
 
-constexpr char Help[] = "Usage: kiro-dhclient-edit [COMMAND ARGUMENT]...\n"
-                        "Edits /etc/dhcp/dhclient.conf, below KIRO_DHCP_MGR_ROOT where that is set.\n"
-                        "The commands are carried out in order, all of them or none.\n"
-                        "\n"
-                        "  --add-request NAME                  make the client request an option\n"
-                        "  --del-request NAME                  make it stop, and no longer require the option\n"
-                        "  --add-new-option \"NAME CODE TYPE\"   declare an option, types as in dhcp-options(5)\n"
-                        "  --del-new-option \"NAME CODE TYPE\"   remove the declaration with that code\n"
-                        "  --help                              show this text\n"
-                        "  --version                           show the version\n"
-                        "\n"
-                        "Statuses: 0 done, 1 the file cannot be read, written or understood, 2 wrong arguments.\n";
+constexpr char Help[] =
+    "Usage: kiro-dhclient-edit [--dry-run] [COMMAND ARGUMENT]...\n"
+    "Edits /etc/dhcp/dhclient.conf, below KIRO_DHCP_MGR_ROOT where that is set.\n"
+    "The commands are carried out in order, all of them or none; without any the file is checked.\n"
+    "\n"
+    "  --add-request NAME                  make the client request an option\n"
+    "  --del-request NAME                  make it neither request nor require the option\n"
+    "  --add-new-option \"NAME CODE TYPE\"   declare an option, types as in dhcp-options(5)\n"
+    "  --del-new-option \"NAME CODE TYPE\"   remove the declaration with that code\n"
+    "  --dry-run                           leave the file as it is\n"
+    "  --help                              show this text\n"
+    "  --version                           show the version\n"
+    "\n"
+    "Exit status: 0 done or nothing to do, 1 the file cannot be read, written or understood, 2 wrong\n"
+    "arguments or an edit that dhclient would not accept, 3 --dry-run would have changed the file.\n";
 
 constexpr std::size_t LargestFile = std::size_t{16} * 1024 * 1024;
+constexpr std::chrono::seconds LongestLock(60);
+constexpr int MostAttempts = 3;
 
-// Standard streams of C++ would cost more than the whole edit.
-void print(int descriptor, const std::string &text)
+enum Status { Done = 0, WouldChange = 3 }; ///< and those of Error
+
+struct Arguments
 {
-    try {
-        Posix::writeAll(descriptor, text, "output");
-    } catch (const std::exception &) {
-        // Nobody reads it any more.
-    }
+    std::vector<Wish> wishes;
+    bool isDryRun = false;
+};
+
+void note(const std::string &line)
+{
+    Posix::report(Program, LOG_NOTICE, "note: " + line);
 }
 
-// The program that calls the tool reads neither its output nor its status, so the system log has it too, but
-// not from below a trial root.
-void report(int priority, const std::string &line)
+int fail(const Error &error)
 {
-    print(STDERR_FILENO, "kiro-dhclient-edit: " + line + '\n');
-    if (!Paths::hasRoot())
-        ::syslog(priority, "%s", line.c_str());
-}
-
-int fail(int status, const std::string &line)
-{
-    report(LOG_ERR, line);
-    return status;
+    const std::string place = error.line > 0 ? ", line " + std::to_string(error.line) : std::string();
+    Posix::report(Program, LOG_ERR,
+                  (error.fault == Error::File ? Paths::resolve(ConfPath) + place + ": " : std::string())
+                      + error.what());
+    return error.fault;
 }
 
 /// Where the path leads when symbolic links at its end are followed; the last may dangle. Under a root prefix, links
@@ -84,98 +89,145 @@ std::string followed(std::string path)
     Posix::fail("read", path);
 }
 
-std::optional<std::string> readIncluded(const std::string &path)
+std::string contentOf(const std::string &target)
 {
-    // Relative paths are relative to wherever the client starts, which is unknown.
-    if (path.empty() || path.front() != '/' || path.find('\0') != std::string::npos)
-        return std::nullopt;
-    try {
-        return Posix::readFile(followed(Paths::resolve(path)), LargestFile);
-    } catch (const std::exception &) {
-        return std::nullopt;
-    }
+    return Posix::readFile(target, LargestFile).value_or(std::string());
 }
 
-/// Waits until no other run edits the file. The lock is a file beside it, since the file itself is replaced. The lock
-/// stays there: removing it could let two runs in. Only its owner may open it, so that nobody else can hold it.
-Posix::Descriptor locked(const std::string &target)
+int check(const std::string &target)
 {
+    const std::string content = contentOf(target);
+    const Answer answer = content.empty() ? Answer() : askClient(target);
+    if (!answer.obstacle.empty())
+        throw Error(Error::Command, "cannot ask dhclient: " + answer.obstacle);
+    for (const Complaint &complaint : answer.complaints)
+        fail(Error(Error::File, complaint.reason, complaint.line));
+    if (!answer.complaints.empty())
+        return Error::File;
+    Draft draft(content); // there is more that this program does not edit
+    return Done;
+}
+
+/// Throws Error if the client would not read the prepared file as it stands.
+void judge(const Answer &answer, const std::string &target)
+{
+    if (answer.complaints.empty())
+        return;
+    const std::vector<Complaint> old = askClient(target).complaints;
+    if (!old.empty())
+        throw Error(Error::File, old.front().reason, old.front().line);
+    throw Error(Error::Command, "dhclient would not accept the edit: " + answer.complaints.front().reason);
+}
+
+/// The exit status; nothing if the file is to be changed but may not be, or another program has changed it meanwhile.
+std::optional<int> attempt(const Arguments &arguments, const std::string &target, bool mayChange)
+{
+    const Posix::FileState state = Posix::stateOf(target);
+    const std::string content = contentOf(target);
+    Draft draft(content);
+    draft.carryOut(arguments.wishes);
+    const bool changes = draft.text() != content;
+    if (changes && !mayChange)
+        return std::nullopt;
+    Answer answer;
+    bool isCurrent = true;
+    if (changes)
+        Posix::replaceFile(target, draft.text(), Posix::Replacement::Durable, [&](const std::string &prepared) {
+            answer = askClient(prepared);
+            isCurrent = Posix::stateOf(target) == state;
+            if (isCurrent)
+                judge(answer, target);
+            return isCurrent && !arguments.isDryRun;
+        });
+    if (!isCurrent)
+        return std::nullopt;
+    if (!answer.obstacle.empty())
+        note("dhclient could not check the edit: " + answer.obstacle);
+    for (const std::string &line : draft.notes())
+        note(line);
+    return changes && arguments.isDryRun ? WouldChange : Done;
+}
+
+int run(const Arguments &arguments)
+{
+    const std::string target = followed(Paths::resolve(ConfPath));
+    if (arguments.wishes.empty())
+        return check(target);
+    std::optional<int> status = attempt(arguments, target, false);
+    if (status)
+        return *status;
+    // A file beside it, since the file itself is replaced.
     const std::size_t name = target.rfind('/') + 1;
-    const std::string path = target.substr(0, name) + '.' + target.substr(name) + ".lock";
-    Posix::Descriptor lock(::open(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK, 0600));
-    while (!lock || ::flock(lock.get(), LOCK_EX) != 0) {
-        if (!lock || errno != EINTR)
-            Posix::fail("lock", path);
-    }
-    return lock;
+    const Posix::Descriptor lock = Posix::lock(target.substr(0, name) + '.' + target.substr(name) + ".lock",
+                                               LongestLock);
+    for (int left = MostAttempts; left > 0 && !status; --left)
+        status = attempt(arguments, target, true);
+    if (!status)
+        throw Error(Error::File, "another program keeps changing it");
+    return *status;
 }
 
-Result editFile(const std::string &path, const std::vector<Command> &commands, bool &changed)
+Arguments readArguments(int argc, char *argv[])
 {
-    const std::string content = Posix::readFile(path, LargestFile).value_or(std::string());
-    Result result = edit(content, commands, readIncluded);
-    changed = result.text != content;
-    return result;
+    static constexpr std::pair<std::string_view, Command::Kind> kinds[] = {
+        {"--add-request", Command::Kind::AddRequest},
+        {"--del-request", Command::Kind::DelRequest},
+        {"--add-new-option", Command::Kind::AddNewOption},
+        {"--del-new-option", Command::Kind::DelNewOption}};
+    Arguments arguments;
+    std::vector<Command> commands;
+    for (int i = 1; i < argc; ++i) {
+        const std::string argument = argv[i];
+        const auto kind = std::find_if(std::begin(kinds), std::end(kinds),
+                                       [&argument](const auto &candidate) { return candidate.first == argument; });
+        if (argument == "--dry-run")
+            arguments.isDryRun = true;
+        else if (kind == std::end(kinds))
+            throw Error(Error::Command, "unknown argument " + quoted(argument) + ", see --help");
+        else if (++i == argc)
+            throw Error(Error::Command, argument + " needs an argument");
+        else
+            commands.push_back({kind->second, argv[i]});
+    }
+    arguments.wishes = readWishes(commands);
+    return arguments;
 }
 
-int run(const std::vector<Command> &commands)
+/// The exit status of the process, which is waited for.
+int statusOf(pid_t process)
 {
-    const std::string path = Paths::resolve(ConfPath);
-    try {
-        const std::string target = followed(path);
-        bool changed = false;
-        Result result = editFile(target, commands, changed);
-        if (changed) {
-            const Posix::Descriptor lock = locked(target);
-            // Another run may have edited it first.
-            result = editFile(target, commands, changed);
-            if (changed)
-                Posix::replaceFile(target, result.text, Posix::Replacement::Durable);
-        }
-        for (const std::string &note : result.notes)
-            report(LOG_NOTICE, "note: " + note);
-        return 0;
-    } catch (const Error &error) {
-        return fail(error.fault, (error.line > 0 ? path + ", line " + std::to_string(error.line) + ": " : std::string())
-                                     + error.what());
-    } catch (const std::exception &error) {
-        return fail(Error::File, error.what());
-    }
+    int status = 0;
+    while (::waitpid(process, &status, 0) < 0 && errno == EINTR) {}
+    if (WIFEXITED(status))
+        return WEXITSTATUS(status);
+    Posix::report(Program, LOG_ERR, "ended by signal " + std::to_string(WTERMSIG(status)));
+    return Error::File;
 }
 
 } // namespace
 
 int main(int argc, char *argv[])
 {
-    // The caller may exit before everything is written.
-    std::signal(SIGPIPE, SIG_IGN);
-    static constexpr std::pair<std::string_view, Command::Kind> kinds[] = {{"--add-request", Command::AddRequest},
-                                                                           {"--del-request", Command::DelRequest},
-                                                                           {"--add-new-option", Command::AddNewOption},
-                                                                           {"--del-new-option", Command::DelNewOption}};
-    ::openlog("kiro-dhclient-edit", 0, LOG_DAEMON);
-    std::vector<Command> commands;
-    for (int i = 1; i < argc; ++i) {
-        const std::string_view argument = argv[i];
-        if (argument == "--help") {
-            print(STDOUT_FILENO, Help);
-            return 0;
-        }
-        if (argument == "--version") {
-            print(STDOUT_FILENO, "kiro-dhclient-edit " PROGRAM_VERSION "\n");
-            return 0;
-        }
-        bool found = false;
-        for (const auto &[word, kind] : kinds) {
-            if (argument != word)
-                continue;
-            found = true;
-            if (++i == argc)
-                return fail(Error::Command, std::string(word) + " needs an argument");
-            commands.push_back({kind, argv[i]});
-        }
-        if (!found)
-            return fail(Error::Command, "unknown argument " + quoted(argument) + ", see --help");
+    Posix::keepStandardStreams();
+    std::signal(SIGPIPE, SIG_IGN); // the caller may be gone before everything is written
+    const std::string_view first = argc > 1 ? argv[1] : "";
+    if (first == "--help" || first == "--version") {
+        std::cout << (first == "--help" ? Help : "kiro-dhclient-edit " PROGRAM_VERSION "\n");
+        return Done;
     }
-    return run(commands);
+    try {
+        const Arguments arguments = readArguments(argc, argv);
+        // What has begun is finished in a process that no signal to the caller's reaches: the window kills a tool
+        // that takes longer than two seconds.
+        const pid_t worker = ::fork();
+        if (worker > 0)
+            return statusOf(worker);
+        ::setsid();
+        return run(arguments);
+    } catch (const Error &error) {
+        return fail(error);
+    } catch (const std::exception &error) {
+        Posix::report(Program, LOG_ERR, error.what());
+        return Error::File;
+    }
 }

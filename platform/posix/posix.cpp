@@ -6,6 +6,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 namespace Posix {
@@ -15,6 +16,23 @@ namespace {
 Descriptor openDirectory(const std::string &path)
 {
     return Descriptor(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+}
+
+// The owner first: a change of owner clears mode bits. The ACL last: a change of mode changes its mask.
+void copyAttributes(const std::string &from, const struct stat &status, int to)
+{
+    constexpr char Acl[] = "system.posix_acl_access";
+    if ((status.st_uid != ::geteuid() || status.st_gid != ::getegid())
+        && ::fchown(to, status.st_uid, status.st_gid) != 0)
+        fail("keep the owner of", from);
+    char acl[65536]; // as large as the kernel lets an attribute be
+    const ssize_t size = ::getxattr(from.c_str(), Acl, acl, sizeof acl);
+    if (size < 0)
+        ::fremovexattr(to, Acl); // the directory's default
+    if (::fchmod(to, status.st_mode & 07777) != 0)
+        fail("keep the mode of", from);
+    if (size > 0 && ::fsetxattr(to, Acl, acl, static_cast<std::size_t>(size), 0) != 0)
+        fail("keep the ACL of", from);
 }
 
 } // namespace
@@ -112,7 +130,8 @@ void flushDirectory(const std::string &path)
         fail("flush", path);
 }
 
-void replaceFile(const std::string &path, std::string_view content, Replacement kind)
+void replaceFile(const std::string &path, std::string_view content, Replacement kind,
+                 const std::function<bool(const std::string &)> &isWanted)
 {
     const bool durable = kind == Replacement::Durable;
     struct stat old = {};
@@ -125,14 +144,16 @@ void replaceFile(const std::string &path, std::string_view content, Replacement 
         fail("write", next);
     try {
         writeAll(file.get(), content, next);
-        // The owner first: a change of owner clears mode bits.
-        if (keep && (old.st_uid != ::geteuid() || old.st_gid != ::getegid())
-            && ::fchown(file.get(), old.st_uid, old.st_gid) != 0)
-            fail("keep the owner of", path);
-        if (::fchmod(file.get(), keep ? old.st_mode & 07777 : 0644) != 0)
-            fail("keep the mode of", path);
+        if (keep)
+            copyAttributes(path, old, file.get());
+        else if (::fchmod(file.get(), 0644) != 0)
+            fail("set the mode of", path);
         if (durable && ::fsync(file.get()) != 0)
             fail("write", next);
+        if (isWanted && !isWanted(next)) {
+            ::unlink(next.c_str());
+            return;
+        }
         if (::rename(next.c_str(), path.c_str()) != 0)
             fail("replace", path);
     } catch (...) {
@@ -141,6 +162,22 @@ void replaceFile(const std::string &path, std::string_view content, Replacement 
     }
     if (durable)
         flushDirectory(parentOf(path));
+}
+
+FileState stateOf(const std::string &path)
+{
+    struct stat status = {};
+    if (::stat(path.c_str(), &status) != 0)
+        return {};
+    return {status.st_dev, status.st_ino, status.st_size, status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
+}
+
+void keepStandardStreams()
+{
+    for (int number = STDIN_FILENO; number <= STDERR_FILENO; ++number) {
+        if (::fcntl(number, F_GETFD) < 0)
+            ::open("/dev/null", O_RDWR); // takes the lowest free number
+    }
 }
 
 } // namespace Posix

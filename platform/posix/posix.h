@@ -2,10 +2,14 @@
 #define POSIX_H
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <utility>
+
+#include <sys/types.h>
 
 /// Files as POSIX gives them. Functions that fail throw std::system_error; its what() is one line with the action,
 /// the path in quotes and the reason. Paths are bytes and are taken as they are: resolving a root prefix is up to
@@ -53,13 +57,24 @@ void makeDirectories(const std::string &path);
 void flushDirectory(const std::string &path);
 
 enum class Replacement {
-    Durable, ///< keeps mode and owner of the file that was there (else 0644 and the caller's), flushes to disk
+    Durable, ///< keeps mode, owner and ACL of the file that was there (else 0644 and the caller's), flushes to disk
     Cached   ///< mode 0644 and the caller's, not flushed: for what can be made again
 };
 
 /// Puts the content in the file's place by one rename: a reader sees the old content or the new, whole. The new file
-/// is prepared beside it under a hidden name, which one caller at a time may use.
-void replaceFile(const std::string &path, std::string_view content, Replacement kind);
+/// is prepared beside it under a hidden name, which one caller at a time may use. `isWanted` is asked last, with the
+/// path of the prepared file: if it returns false or throws, that file is removed and nothing is replaced.
+void replaceFile(const std::string &path, std::string_view content, Replacement kind,
+                 const std::function<bool(const std::string &prepared)> &isWanted = {});
+
+/// Device, inode, size and time of the last change of what stands at a path; all 0 where nothing does. Two that differ
+/// show that another program has changed or replaced the file.
+using FileState = std::tuple<dev_t, ino_t, off_t, time_t, long>;
+FileState stateOf(const std::string &path);
+
+/// Opens /dev/null for each standard stream that is closed: a file that is opened later would get its number, and
+/// what is meant for the stream.
+void keepStandardStreams();
 
 } // namespace Posix
 
