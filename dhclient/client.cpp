@@ -82,34 +82,24 @@ std::string readOutput(int descriptor)
 }
 
 /// A complaint is a line "FILE line N: REASON". All else is about the network, or shows the text.
-Answer parse(const std::string &output, const std::string &file)
+std::vector<Complaint> complaintsIn(const std::string &output, const std::string &file)
 {
     const std::string beginning = file + " line ";
-    Answer answer;
-    bool hasEnded = false;
+    std::vector<Complaint> complaints;
     std::istringstream lines(output);
     for (std::string line; std::getline(lines, line);) {
         const std::size_t colon = line.find(": ", beginning.size());
         if (line.compare(0, beginning.size(), beginning) == 0 && colon != std::string::npos)
-            answer.complaints.push_back({printable(line.substr(colon + 2)), std::atoi(&line[beginning.size()])});
-        // What it says when it has read all and finds no interface, or may not use the one it finds (C2).
-        hasEnded = hasEnded || line.find("No broadcast interfaces found") == 0
-                   || line.find("Open a socket for LPF") == 0;
-        if (!line.empty())
-            answer.obstacle = printable(line);
+            complaints.push_back({printable(line.substr(colon + 2)), std::atoi(&line[beginning.size()])});
     }
-    if (hasEnded)
-        answer.obstacle.clear();
-    else if (answer.obstacle.empty())
-        answer.obstacle = "it says nothing";
-    return answer;
+    return complaints;
 }
 
 } // namespace
 
 Answer askClient(const std::string &file)
 {
-    // It does not say so if it cannot open the file (C3).
+    // What it says is the same whether it can open the file or not (C3).
     const Posix::Descriptor watch(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK));
     ::inotify_add_watch(watch.get(), file.c_str(), IN_OPEN);
     int ends[2];
@@ -131,16 +121,12 @@ Answer askClient(const std::string &file)
     ::kill(client, SIGKILL);
     int status = 0;
     while (::waitpid(client, &status, 0) < 0 && errno == EINTR) {}
-    Answer answer = parse(output, file);
+    Answer answer{complaintsIn(output, file), {}};
     inotify_event opened;
-    if (WIFSIGNALED(status)) {
+    if (WIFSIGNALED(status))
         answer.complaints.push_back({WTERMSIG(status) == SIGKILL ? "dhclient did not end" : "dhclient crashed", 0});
-        answer.obstacle.clear();
-    } else if (answer.obstacle.empty() && ::read(watch.get(), &opened, sizeof opened) <= 0) {
-        answer.obstacle = "it cannot open the file";
-    }
-    if (!answer.complaints.empty())
-        answer.obstacle.clear();
+    else if (answer.complaints.empty() && ::read(watch.get(), &opened, sizeof opened) <= 0)
+        answer.obstacle = "it does not open the file: " + printable(output.substr(0, output.find('\n')));
     return answer;
 }
 

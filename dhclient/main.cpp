@@ -108,17 +108,6 @@ int check(const std::string &target)
     return Done;
 }
 
-/// Throws Error if the client would not read the prepared file as it stands.
-void judge(const Answer &answer, const std::string &target)
-{
-    if (answer.complaints.empty())
-        return;
-    const std::vector<Complaint> old = askClient(target).complaints;
-    if (!old.empty())
-        throw Error(Error::File, old.front().reason, old.front().line);
-    throw Error(Error::Command, "dhclient would not accept the edit: " + answer.complaints.front().reason);
-}
-
 /// The exit status; nothing if the file is to be changed but may not be, or another program has changed it meanwhile.
 std::optional<int> attempt(const Arguments &arguments, const std::string &target, bool mayChange)
 {
@@ -133,10 +122,15 @@ std::optional<int> attempt(const Arguments &arguments, const std::string &target
     bool isCurrent = true;
     if (changes)
         Posix::replaceFile(target, draft.text(), Posix::Replacement::Durable, [&](const std::string &prepared) {
-            answer = askClient(prepared);
+            // The old text first: also an edit that mends a mistake would apply more than it was asked to.
+            const Answer old = content.empty() ? Answer() : askClient(target);
+            if (old.complaints.empty())
+                answer = askClient(prepared);
             isCurrent = Posix::stateOf(target) == state;
-            if (isCurrent)
-                judge(answer, target);
+            if (isCurrent && !old.complaints.empty())
+                throw Error(Error::File, old.complaints.front().reason, old.complaints.front().line);
+            if (isCurrent && !answer.complaints.empty())
+                throw Error(Error::Command, "dhclient would not accept the edit: " + answer.complaints.front().reason);
             return isCurrent && !arguments.isDryRun;
         });
     if (!isCurrent)

@@ -29,24 +29,39 @@ def obstacle():
 
 
 class RealClient:
-    """In a directory for its configuration and what that includes."""
+    """In a directory of its own."""
 
     def __init__(self, directory):
         """Takes this process into a network namespace of its own, for good."""
         self.directory = directory
-        shutil.copy(INSTALLED, directory / "client")
+        self.program = shutil.copy(INSTALLED, directory / "client")
         if ctypes.CDLL(None, use_errno=True).unshare(NEW_NAMESPACES) != 0:
             raise OSError(ctypes.get_errno(), "unshare")
         subprocess.run(["sh", "-c", SETUP], check=True)
 
-    def run(self, configuration):
-        """Runs the client until it has sent a packet on each interface, or has ended. Returns what it complains of,
-        and the request lists of the first packets by interface."""
-        options = ["-d", "-1", "-4", "-cf", configuration, "-lf", "/dev/null", "-pf", "pid", "-sf", "/bin/true"]
+    def start(self, configuration, *interfaces, **settings):
+        options = ["-d", "-1", "-4", "-cf", configuration, "-lf", "/dev/null", "-pf", "/dev/null", "-sf", "/bin/true"]
+        return subprocess.Popen([self.program, *options, *interfaces], stdin=subprocess.DEVNULL, **settings)
+
+    def complaints(self, configuration):
+        """The lines "FILE line N: REASON", and whether it crashes or does not end."""
+        with open(self.directory / "said", "w+b") as said:
+            client = self.start(configuration, "nosuchif0", stderr=said)
+            try:
+                status = client.wait(5)
+            except subprocess.TimeoutExpired:
+                client.kill()
+                status = client.wait()
+            said.seek(0)
+            text = said.read(1 << 20).decode("latin-1")  # over some open strings it writes for ever
+        lines = re.findall(f"^{re.escape(str(configuration))} line .*", text, re.MULTILINE)
+        return lines + ["ended by a signal"] * (status < 0)
+
+    def requests(self, configuration):
+        """The codes in the list of the first packet on each interface, by interface."""
         requested = {}
         with socket.socket(socket.AF_PACKET, socket.SOCK_RAW, EVERY_PROTOCOL) as wire, \
-                open(self.directory / "errors", "w+b") as errors, \
-                subprocess.Popen(["./client", *options, *INTERFACES], cwd=self.directory, stderr=errors) as client:
+                self.start(configuration, *INTERFACES, stderr=subprocess.DEVNULL) as client:
             deadline = time.monotonic() + PATIENCE
             while len(requested) < len(INTERFACES) and time.monotonic() < deadline:
                 if select.select([wire], [], [], 0.05)[0]:
@@ -56,12 +71,7 @@ class RealClient:
                 elif client.poll() is not None:
                     break
             client.kill()
-            errors.seek(0)
-            said = errors.read(1 << 24).decode("latin-1")  # over some open strings it reads and writes for ever
-        if len(requested) < len(INTERFACES):
-            return "ended or sent nothing\n" + said, requested
-        complaints = re.search(re.escape(str(self.directory)) + r".*?(?=\nListening on|\Z)", said, re.DOTALL)
-        return complaints[0] if complaints else "", requested
+        return requested
 
 
 def request_list(packet):
