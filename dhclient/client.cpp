@@ -27,23 +27,16 @@ namespace {
 constexpr std::chrono::milliseconds Patience(800);
 constexpr std::size_t MostOutput = std::size_t{64} * 1024;
 
-/// False, with errno, if the kernel does not take the filter. It stays in force over execve(2).
+/// False if the kernel does not take the filter. It stays in force over execve(2).
 bool refuseAllButReading()
 {
     const scmp_filter_ctx filter = ::seccomp_init(SCMP_ACT_ALLOW);
     const std::uint32_t refusal = SCMP_ACT_ERRNO(EPERM);
-    int result = filter ? 0 : -ENOMEM;
-    for (const int call : {SCMP_SYS(clone), SCMP_SYS(clone3), SCMP_SYS(fork), SCMP_SYS(vfork)}) {
-        if (result == 0)
-            result = ::seccomp_rule_add(filter, refusal, call, 0);
-    }
     // It learns by AF_NETLINK which interfaces there are.
-    if (result == 0)
-        result = ::seccomp_rule_add(filter, refusal, SCMP_SYS(socket), 1, SCMP_A0(SCMP_CMP_NE, AF_NETLINK));
-    if (result == 0)
-        result = ::seccomp_load(filter);
-    errno = -result;
-    return result == 0;
+    bool isSet = ::seccomp_rule_add(filter, refusal, SCMP_SYS(socket), 1, SCMP_A0(SCMP_CMP_NE, AF_NETLINK)) == 0;
+    for (const int call : {SCMP_SYS(clone), SCMP_SYS(clone3), SCMP_SYS(fork), SCMP_SYS(vfork)})
+        isSet = isSet && ::seccomp_rule_add(filter, refusal, call, 0) == 0;
+    return isSet && ::seccomp_load(filter) == 0;
 }
 
 [[noreturn]] void becomeClient(const std::string &file)

@@ -1,6 +1,7 @@
 #include "configuration.h"
 
 #include "error.h"
+#include "lexer.h"
 
 #include <algorithm>
 
@@ -11,116 +12,94 @@ namespace {
 class Parser
 {
 public:
-    explicit Parser(std::string_view text) : text(text), lexer(text) { advance(); }
+    explicit Parser(std::string_view text) : text(text), tokens(tokensOf(text)) {}
 
-    std::vector<Statement> statements();
-    Name name();
-    bool atEnd() const { return token.kind == Token::Kind::End; }
-    int line() const { return token.line; }
+    std::vector<Statement> statements(bool inBlock)
+    {
+        std::vector<Statement> result;
+        while (!atEnd() && !token().is("}"))
+            result.push_back(statement(inBlock));
+        return result;
+    }
+    Word name();
+    bool atEnd() const { return token().kind == Token::Kind::End; }
+    const Token &token() const { return tokens[at]; }
 
 private:
-    void advance();
+    std::size_t lastEnd() const { return tokens[at - 1].end(); }
     bool take(std::string_view expected);
     /// Throws Error: at the end of what was read before, since what is missing belongs there.
     [[noreturn]] void expected(const std::string &what) const
     {
-        throw Error(Error::File, what + " expected", lastLine);
+        throw Error(Error::File, what + " expected", tokens[at - 1].line);
     }
-    Statement statement();
+    Statement statement(bool inBlock);
     bool list(Statement &result);
     bool declaration(Statement &result);
     bool block(Statement &result);
-    void opaque(Statement &result);
+    bool opaque(Statement &result);
 
     std::string_view text;
-    Lexer lexer;
-    Token token;
-    std::size_t lastEnd = 0; ///< of the token before
-    int lastLine = 1;
-    bool inBlock = false; ///< blocks do not nest (C14)
+    std::vector<Token> tokens;
+    std::size_t at = 0;
 };
-
-void Parser::advance()
-{
-    lastEnd = token.range.end;
-    lastLine = std::max(token.line, 1);
-    token = lexer.next();
-}
 
 bool Parser::take(std::string_view expected)
 {
-    const bool found = token.is(expected);
-    if (found)
-        advance();
+    const bool found = token().is(expected);
+    at += found ? 1 : 0;
     return found;
 }
 
-std::vector<Statement> Parser::statements()
+// Each kind is tried from the statement's first token on. Blocks do not nest (C14).
+Statement Parser::statement(bool inBlock)
 {
-    std::vector<Statement> result;
-    while (!atEnd() && !token.is("}"))
-        result.push_back(statement());
-    return result;
-}
-
-// Each kind is tried from the statement's first token on; what turns out to be none of them is opaque.
-Statement Parser::statement()
-{
-    const Parser start = *this;
-    for (const auto kind : {&Parser::list, &Parser::declaration, &Parser::block}) {
+    const std::size_t first = at;
+    for (const auto kind : {&Parser::list, &Parser::declaration, &Parser::block, &Parser::opaque}) {
         Statement result;
-        result.range.begin = token.range.begin;
-        result.line = token.line;
-        if ((this->*kind)(result)) {
-            result.range.end = lastEnd;
+        result.range.begin = token().begin;
+        result.line = token().line;
+        if (!(inBlock && kind == &Parser::block) && (this->*kind)(result)) {
+            result.range.end = lastEnd();
             return result;
         }
-        *this = start;
+        if (kind != &Parser::opaque)
+            at = first;
     }
-    Statement result;
-    result.range.begin = token.range.begin;
-    result.line = token.line;
-    opaque(result);
-    result.range.end = lastEnd;
-    return result;
+    expected("\";\" or \"}\"");
 }
 
-Name Parser::name()
+Word Parser::name()
 {
-    Name result;
-    result.range = token.range;
-    result.line = token.line;
-    if (token.kind != Token::Kind::Word || !normalisedCode(token.text).empty())
+    Word result;
+    if (token().kind != Token::Kind::Word || !normalisedCode(token().text).empty())
         return result;
-    result.id = lower(token.text);
-    advance();
-    if (take(".") && token.kind == Token::Kind::Word) {
-        result.id = result.id == "dhcp" ? lower(token.text) : result.id + '.' + lower(token.text);
-        result.range.end = token.range.end;
-        advance();
-    }
+    result.range.begin = token().begin;
+    result.id = lower(tokens[at++].text);
+    if (take(".") && token().kind == Token::Kind::Word)
+        result.id = (result.id == "dhcp" ? std::string() : result.id + '.') + lower(tokens[at++].text);
+    result.range.end = lastEnd();
     return result;
 }
 
 bool Parser::list(Statement &result)
 {
     result.also = take("also");
-    result.kind = token.is("request") ? Statement::Kind::Request : Statement::Kind::Require;
+    result.kind = token().is("request") ? Statement::Kind::Request : Statement::Kind::Require;
     if (!take("request") && !take("require"))
         return false;
-    result.keywordEnd = lastEnd;
-    while (!token.is(";")) {
+    result.keywordEnd = lastEnd();
+    while (!take(";")) {
         result.names.push_back(name());
-        Name &last = result.names.back();
+        Word &last = result.names.back();
         if (last.id.empty())
             expected("an option's name");
-        if (token.is(","))
-            last.comma = token.range.begin;
-        else if (!token.is(";"))
+        if (token().is(","))
+            last.comma = token().begin;
+        // The client accepts a comma before the ";" too (C13).
+        if (!take(",") && !token().is(";"))
             expected("\";\"");
-        take(","); // the client accepts one before the ";" too (C13)
     }
-    advance();
     return true;
 }
 
@@ -132,67 +111,49 @@ bool Parser::declaration(Statement &result)
     result.names = {name()};
     if (!take("code"))
         return false;
-    result.code = normalisedCode(token.text);
-    result.codeRange = token.range;
-    advance();
-    if (result.code.empty() || !take("="))
+    result.code = {normalisedCode(token().text), {token().begin, token().end()}};
+    if (result.code.id.empty() || !tokens[++at].is("="))
         return false;
-    result.typeRange = token.range;
-    while (!atEnd() && !token.is(";"))
-        advance();
-    result.typeRange.end = lastEnd;
-    if (!take(";"))
-        expected("\";\"");
-    result.type = normalisedType(text.substr(result.typeRange.begin, result.typeRange.end - result.typeRange.begin));
-    return !result.type.empty();
+    const std::size_t begin = tokens[++at].begin;
+    while (!atEnd() && !token().is(";"))
+        ++at;
+    result.type = {normalisedType(text.substr(begin, lastEnd() - begin)), {begin, lastEnd()}};
+    return take(";") && !result.type.id.empty();
 }
 
 bool Parser::block(Statement &result)
 {
-    int strings = token.is("pseudo") ? 2 : 1;
-    if (inBlock || (!take("interface") && !take("pseudo")))
+    const int strings = token().is("pseudo") ? 2 : 1;
+    if (!take("interface") && !take("pseudo"))
         return false;
-    for (; strings > 0; --strings) {
-        if (token.kind != Token::Kind::String)
+    for (int i = 0; i < strings; ++i) {
+        if (tokens[at++].kind != Token::Kind::String)
             return false;
-        advance();
     }
     if (!take("{"))
         return false;
     result.kind = Statement::Kind::Block;
-    inBlock = true;
-    result.body = statements();
-    inBlock = false;
-    if (!take("}"))
-        expected("\"}\"");
-    return true;
+    result.body = statements(true);
+    return take("}");
 }
 
-void Parser::opaque(Statement &result)
+bool Parser::opaque(Statement &result)
 {
-    int depth = 0;
-    while (!atEnd()) {
-        if (token.kind == Token::Kind::Word) {
-            result.names.push_back({lower(token.text), token.range, token.line});
-            advance();
-        } else if (take("{")) {
-            ++depth;
-        } else if (take("}")) {
-            if (--depth < 0)
-                expected("\";\"");
-            if (depth == 0)
-                return;
-        } else if (take(";")) {
-            if (depth == 0)
-                return;
-        } else {
-            advance();
+    for (int depth = 0; !atEnd(); ++at) {
+        if (token().kind == Token::Kind::Word)
+            result.names.push_back({lower(token().text), {}});
+        depth += token().is("{") ? 1 : token().is("}") ? -1 : 0;
+        if (depth < 0)
+            return false;
+        if (depth == 0 && (token().is(";") || token().is("}"))) {
+            ++at;
+            return true;
         }
     }
-    expected(depth > 0 ? "\"}\"" : "\";\"");
+    return false;
 }
 
-bool isNumbered(const Name &name)
+bool isNumbered(const Word &name)
 {
     constexpr std::string_view Prefix = "unknown-";
     return name.id.compare(0, Prefix.size(), Prefix) == 0 && !normalisedCode(name.id.substr(Prefix.size())).empty();
@@ -209,9 +170,7 @@ const Statement *firstWithout(const std::vector<Statement> &statements, const st
         const auto end = std::find_if(list + 1, statements.end(), [](const Statement &statement) {
             return statement.isPlainRequest() || statement.kind == Statement::Kind::Block;
         });
-        if (std::none_of(list, end, [&id](const Statement &statement) {
-                return statement.kind == Statement::Kind::Request && statement.has(id);
-            }))
+        if (std::none_of(list, end, [&id](const Statement &statement) { return statement.requests(id); }))
             return &*list;
     }
     return nullptr;
@@ -221,16 +180,16 @@ const Statement *firstWithout(const std::vector<Statement> &statements, const st
 
 std::size_t Statement::find(const std::string &id) const
 {
-    const auto found = std::find_if(names.begin(), names.end(), [&id](const Name &name) { return name.id == id; });
+    const auto found = std::find_if(names.begin(), names.end(), [&id](const Word &name) { return name.id == id; });
     return static_cast<std::size_t>(found - names.begin());
 }
 
 Configuration::Configuration(std::string_view text)
 {
     Parser parser(text);
-    topLevel = parser.statements();
+    topLevel = parser.statements(false);
     if (!parser.atEnd())
-        throw Error(Error::File, "a \"}\" without its \"{\"", parser.line());
+        throw Error(Error::File, "a \"}\" without its \"{\"", parser.token().line);
     for (const Statement &statement : topLevel) {
         every.push_back(&statement);
         for (const Statement &inner : statement.body)
@@ -239,7 +198,7 @@ Configuration::Configuration(std::string_view text)
     for (const Statement *statement : every) {
         const auto numbered = std::find_if(statement->names.begin(), statement->names.end(), isNumbered);
         if (statement->isList() && numbered != statement->names.end())
-            throw Error(Error::File, "\"" + numbered->id + "\" in a list: write the option's name", numbered->line);
+            throw Error(Error::File, "\"" + numbered->id + "\" in a list: write the option's name", statement->line);
     }
 }
 
@@ -250,28 +209,24 @@ const Statement *Configuration::listWithout(const std::string &id) const
 
 bool Configuration::isMissingFromBuiltIn(const std::string &id) const
 {
-    bool isAdded = false;
+    const auto isEnough = [&id](const Statement &other) { return other.isPlainRequest() || other.requests(id); };
     for (const Statement &statement : topLevel) {
-        if (statement.isPlainRequest())
+        if (isEnough(statement))
             return false;
-        if (statement.kind == Statement::Kind::Request)
-            isAdded = isAdded || statement.has(id);
-        const std::vector<Statement> &body = statement.body;
-        const auto isEnough = [&id](const Statement &inner) {
-            return inner.isPlainRequest() || (inner.kind == Statement::Kind::Request && inner.has(id));
-        };
-        if (statement.kind == Statement::Kind::Block && !isAdded && std::none_of(body.begin(), body.end(), isEnough))
+        if (statement.kind == Statement::Kind::Block
+            && std::none_of(statement.body.begin(), statement.body.end(), isEnough))
             return true;
     }
-    return !isAdded;
+    return true;
 }
 
 const Statement *Configuration::addedToBuiltIn() const
 {
-    const auto first = std::find_if(topLevel.begin(), topLevel.end(), [](const Statement &statement) {
-        return statement.kind == Statement::Kind::Request || statement.kind == Statement::Kind::Block;
-    });
-    return first != topLevel.end() && first->kind == Statement::Kind::Request && first->also ? &*first : nullptr;
+    for (const Statement &statement : topLevel) {
+        if (statement.kind == Statement::Kind::Request || statement.kind == Statement::Kind::Block)
+            return statement.also ? &statement : nullptr;
+    }
+    return nullptr;
 }
 
 std::string parseName(std::string_view text)
@@ -280,7 +235,7 @@ std::string parseName(std::string_view text)
     if (text.find_first_of(" \t\r\n\v\f#\"") != std::string_view::npos)
         return {};
     Parser parser(text);
-    const Name name = parser.name();
+    const Word name = parser.name();
     return parser.atEnd() && name.range.end == text.size() && !isNumbered(name) ? name.id : std::string();
 }
 
@@ -293,12 +248,12 @@ std::string normalisedCode(std::string_view text)
 
 std::string normalisedType(std::string_view text)
 {
-    Lexer lexer(text);
     std::string result;
-    for (Token token = lexer.next(); token.kind != Token::Kind::End; token = lexer.next()) {
-        if (token.kind != Token::Kind::Word && !token.is("{") && !token.is("}") && !token.is(","))
+    for (const Token &token : tokensOf(text)) {
+        const bool isSign = token.kind == Token::Kind::Sign;
+        if (token.kind == Token::Kind::String || (isSign && token.text.find_first_of("{},") != 0))
             return {};
-        result.append(result.empty() || token.is(",") ? "" : " ").append(lower(token.text));
+        result.append(result.empty() || token.text.empty() || token.is(",") ? "" : " ").append(lower(token.text));
     }
     return result;
 }

@@ -1,20 +1,25 @@
 #ifndef CONFIGURATION_H
 #define CONFIGURATION_H
 
-#include "lexer.h"
-
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace DhclientConf {
 
-/// A name where the text writes it.
-struct Name
+/// A range of a text: byte offsets, `end` is one past the last byte.
+struct Range
 {
-    std::string id; ///< in lower case, without the space "dhcp": what the client compares names by
+    std::size_t begin = 0;
+    std::size_t end = 0;
+};
+
+/// A name, a code or a type where the text writes it.
+struct Word
+{
+    std::string id; ///< a name in lower case, without the space "dhcp", else as of normalisedCode(), normalisedType()
     Range range;
-    int line = 0;
     std::size_t comma = std::string::npos; ///< the offset of the comma after it in a list
 };
 
@@ -34,16 +39,15 @@ struct Statement
     int line = 0;
     Range range;                ///< from its first token to its last, the ";" or "}"
     std::size_t keywordEnd = 0; ///< of a list: the end of "request" or "require"
-    std::vector<Name> names;
-    std::string code; ///< of a declaration: as of normalisedCode()
-    Range codeRange;
-    std::string type; ///< of a declaration: as of normalisedType()
-    Range typeRange;
+    std::vector<Word> names;
+    Word code; ///< of a declaration, as its type
+    Word type;
     std::vector<Statement> body;
 
     bool isList() const { return kind == Kind::Request || kind == Kind::Require; }
     /// A list that replaces what was requested before.
     bool isPlainRequest() const { return kind == Kind::Request && !also; }
+    bool requests(const std::string &id) const { return kind == Kind::Request && has(id); }
     /// The place in `names`; their number if it is not there.
     std::size_t find(const std::string &id) const;
     bool has(const std::string &id) const { return find(id) < names.size(); }
@@ -58,7 +62,7 @@ class Configuration
 public:
     /// Throws Error for a text without structure (an open string or brace, a "}" too many, a last statement without
     /// its ";", a broken list), and for a list that names an option by number: Debian 13's client crashes over some
-    /// (C9). The text must outlive what is made of it.
+    /// (C9).
     explicit Configuration(std::string_view text);
 
     /// At top level.

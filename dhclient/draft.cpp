@@ -3,6 +3,7 @@
 #include "layout.h"
 
 #include <algorithm>
+#include <functional>
 #include <iterator>
 
 namespace DhclientConf {
@@ -55,7 +56,7 @@ void Draft::request(const Wish &wish)
     if (const Statement *list = configuration.addedToBuiltIn())
         change(withName(content, *list, wish.name));
     else
-        addList("also request " + wish.name + ';');
+        add("also request " + wish.name + ';', false);
 }
 
 void Draft::requestNoMore(const Wish &wish)
@@ -70,9 +71,14 @@ void Draft::requestNoMore(const Wish &wish)
     }
     if (wish.requested == true || !isBuiltIn(wish.id) || !configuration.isMissingFromBuiltIn(wish.id))
         return;
-    std::vector<std::string_view> others;
-    std::remove_copy(std::begin(BuiltInRequests), std::end(BuiltInRequests), std::back_inserter(others), wish.id);
-    addList(requestStatement(others, lineEnd(content)));
+    add("request;", false);
+    for (const std::string_view name : BuiltInRequests) {
+        const std::vector<Statement> &statements = configuration.statements();
+        if (name != wish.id)
+            change(withName(
+                content, *std::find_if(statements.begin(), statements.end(), std::mem_fn(&Statement::isPlainRequest)),
+                name));
+    }
 }
 
 std::vector<const Statement *> Draft::declarations(const std::string &id) const
@@ -92,13 +98,13 @@ void Draft::declare(const Wish &wish)
     std::string text = content;
     // From the last on: the places of those before stay.
     for (auto statement = declared.rbegin(); statement != declared.rend(); ++statement) {
-        if ((*statement)->type != wanted.type)
-            text = replaced(text, (*statement)->typeRange, wanted.type);
-        if ((*statement)->code != wanted.code)
-            text = replaced(text, (*statement)->codeRange, wanted.code);
+        if ((*statement)->type.id != wanted.type)
+            text = replaced(text, (*statement)->type.range, wanted.type);
+        if ((*statement)->code.id != wanted.code)
+            text = replaced(text, (*statement)->code.range, wanted.code);
     }
     if (declared.empty())
-        addFirst("option " + wish.name + " code " + wanted.code + " = " + wanted.type + ';');
+        add("option " + wish.name + " code " + wanted.code + " = " + wanted.type + ';', true);
     else
         change(std::move(text));
 }
@@ -107,7 +113,7 @@ void Draft::undeclare(const Wish &wish)
 {
     std::vector<const Statement *> doomed = declarations(wish.id);
     const auto stays = [&wish](const Statement *statement) {
-        return !wish.isUndeclared && wish.undeclared.count(statement->code) == 0;
+        return !wish.isUndeclared && wish.undeclared.count(statement->code.id) == 0;
     };
     doomed.erase(std::remove_if(doomed.begin(), doomed.end(), stays), doomed.end());
     if (doomed.empty())
@@ -116,7 +122,7 @@ void Draft::undeclare(const Wish &wish)
     if (std::any_of(all.begin(), all.end(), [&wish](const Statement *statement) {
             return statement->kind != Statement::Kind::Declaration && statement->has(wish.id);
         })) {
-        lines.push_back(quoted(wish.name) + " is still used, its declaration stays");
+        lines.push_back('"' + wish.name + "\" is still used, its declaration stays");
         return;
     }
     std::string text = content;
@@ -125,22 +131,13 @@ void Draft::undeclare(const Wish &wish)
     change(std::move(text));
 }
 
-void Draft::addFirst(const std::string &statement)
+void Draft::add(const std::string &statement, bool isDeclaration)
 {
     const std::vector<Statement> &statements = configuration.statements();
-    change(statements.empty() ? withAtEnd(content, statement) : withAbove(content, statements.front(), statement));
-}
-
-// Below the declarations at the head of the file: a list is read after what it names is declared.
-void Draft::addList(const std::string &statement)
-{
-    const std::vector<Statement> &statements = configuration.statements();
-    const auto first = std::find_if(statements.begin(), statements.end(),
-                                    [](const Statement &other) { return other.kind != Statement::Kind::Declaration; });
-    if (first == statements.begin())
-        addFirst(statement);
-    else
-        change(withBelow(content, *(first - 1), statement));
+    const auto next = std::find_if(statements.begin(), statements.end(), [isDeclaration](const Statement &other) {
+        return isDeclaration || other.kind != Statement::Kind::Declaration;
+    });
+    change(withStatement(content, next == statements.end() ? content.size() : next->range.begin, statement));
 }
 
 void Draft::noteLimits()

@@ -33,8 +33,8 @@ private:
     std::vector<const Statement *> declarations(const std::string &id) const;
     void declare(const Wish &wish);
     void undeclare(const Wish &wish);
-    void addFirst(const std::string &statement);
-    void addList(const std::string &statement);
+    /// A declaration as the first statement, a list below the declarations at the head of the file.
+    void add(const std::string &statement, bool isDeclaration);
     void noteLimits();
 
     std::string content;

@@ -10,6 +10,13 @@ constexpr std::size_t LongestLine = 78;
 constexpr std::string_view Indent = "    ";
 constexpr std::string_view Blanks = " \t\r";
 
+// "\r\n" if the first line ends so.
+std::string_view lineEnd(std::string_view text)
+{
+    const std::size_t first = text.find('\n');
+    return first != std::string_view::npos && first > 0 && text[first - 1] == '\r' ? "\r\n" : "\n";
+}
+
 std::size_t lineStart(std::string_view text, std::size_t position)
 {
     return position == 0 ? 0 : text.rfind('\n', position - 1) + 1; // npos + 1 is 0
@@ -52,12 +59,6 @@ std::string inserted(std::string_view text, std::size_t position, std::string_vi
 
 } // namespace
 
-std::string_view lineEnd(std::string_view text)
-{
-    const std::size_t first = text.find('\n');
-    return first != std::string_view::npos && first > 0 && text[first - 1] == '\r' ? "\r\n" : "\n";
-}
-
 std::string replaced(std::string_view text, Range range, std::string_view replacement)
 {
     std::string result(text.substr(0, range.begin));
@@ -78,31 +79,15 @@ std::string without(std::string_view text, const Statement &statement)
     return replaced(text, range, {});
 }
 
-std::string withAbove(std::string_view text, const Statement &statement, std::string_view added)
+std::string withStatement(std::string_view text, std::size_t position, std::string_view added)
 {
-    std::string line = indentation(text, statement.range.begin);
-    line.append(added).append(lineEnd(text));
-    return inserted(text, lineStart(text, statement.range.begin), line);
-}
-
-std::string withBelow(std::string_view text, const Statement &statement, std::string_view added)
-{
-    const std::size_t end = lineBreak(text, statement.range.end);
-    const std::size_t rest = text.find_first_not_of(Blanks, statement.range.end);
-    if (rest < end && text[rest] != '#')
-        return inserted(text, statement.range.end, std::string(" ").append(added));
-    if (end == text.size())
-        return withAtEnd(text, added);
-    std::string line = indentation(text, statement.range.begin);
-    return inserted(text, end + 1, line.append(added).append(lineEnd(text)));
-}
-
-std::string withAtEnd(std::string_view text, std::string_view added)
-{
-    std::string result(text);
-    if (!text.empty() && text.back() != '\n')
-        result.append(lineEnd(text));
-    return result.append(added).append(lineEnd(text));
+    const std::string line(added);
+    const std::string end(lineEnd(text));
+    if (position < text.size() && !startsLine(text, position))
+        return inserted(text, position, line + ' ');
+    if (position < text.size())
+        return inserted(text, lineStart(text, position), indentation(text, position) + line + end);
+    return std::string(text) + (text.empty() || text.back() == '\n' ? "" : end) + line + end;
 }
 
 std::string withName(std::string_view text, const Statement &list, std::string_view name)
@@ -123,55 +108,30 @@ std::string withName(std::string_view text, const Statement &list, std::string_v
 std::string withoutName(std::string_view text, const Statement &list, std::size_t index)
 {
     constexpr std::string_view Separators = ", \t\r\n\v\f";
-    const std::vector<Name> &names = list.names;
-    const Name &name = names[index];
-    const std::string_view statement = text.substr(list.range.begin, list.range.end - list.range.begin);
-    if (list.also && names.size() == 1 && statement.find('#') == std::string_view::npos)
-        return without(text, list);
+    const std::vector<Word> &names = list.names;
+    const Word &name = names[index];
     const bool isFirst = index == 0;
     const bool isLast = index + 1 == names.size();
     const std::size_t before = isFirst ? list.keywordEnd : names[index - 1].range.end;
     const std::size_t next = isLast ? list.range.end - 1 : names[index + 1].range.begin;
     const bool endsLine = text.substr(name.range.end, next - name.range.end).find('\n') != std::string_view::npos;
-    if (!isFirst && (isLast || endsLine) && holdsOnly(text, before, name.range.begin, Separators))
+    const bool isBareBefore = holdsOnly(text, before, name.range.begin, Separators);
+    const bool isBareBehind = holdsOnly(text, name.range.end, next, Separators);
+    if (isFirst && isLast && isBareBefore && isBareBehind)
+        return list.also ? without(text, list) : replaced(text, {before, next}, {});
+    if (!isFirst && (isLast || endsLine) && isBareBefore)
         return replaced(text, {before, name.range.end}, {});
-    if (!isLast && holdsOnly(text, name.range.end, next, Separators))
+    if (!isLast && isBareBehind)
         return replaced(text, {name.range.begin, next}, {});
-    // The only one, or among comments, which stay.
-    std::size_t comma = name.comma;
-    if (isLast && !isFirst && comma == std::string::npos)
-        comma = names[index - 1].comma;
+    // Among comments, which stay.
     std::string result(text);
-    if (comma != std::string::npos && comma >= name.range.end)
+    const std::size_t comma = isLast && !isFirst ? names[index - 1].comma : name.comma;
+    if (comma != std::string::npos && comma > name.range.begin)
         result.erase(comma, 1);
-    const bool isBare = isFirst && isLast && holdsOnly(text, before, name.range.begin, Separators);
-    const std::size_t begin = isBare ? before : name.range.begin;
-    result.erase(begin, name.range.end - begin);
-    if (result[begin] == ' ' && result[begin - 1] == ' ')
-        result.erase(begin, 1);
+    result.erase(name.range.begin, name.range.end - name.range.begin);
     if (comma < name.range.begin)
         result.erase(comma, 1);
     return result;
-}
-
-std::string requestStatement(const std::vector<std::string_view> &names, std::string_view lineEnd)
-{
-    std::string result = "request";
-    std::size_t width = result.size();
-    for (const std::string_view name : names) {
-        if (name != names.front())
-            result += ',';
-        if (width + 2 + name.size() + 1 > LongestLine) {
-            result.append(lineEnd).append(Indent);
-            width = Indent.size();
-        } else {
-            result += ' ';
-            width += 2;
-        }
-        result += name;
-        width += name.size();
-    }
-    return result + ';';
 }
 
 } // namespace DhclientConf

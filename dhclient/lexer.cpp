@@ -9,16 +9,15 @@ namespace DhclientConf {
 namespace {
 
 constexpr std::string_view Space = " \t\n\v\f\r";
+constexpr std::string_view Letters = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-_";
 
-char lowerCase(char c)
+/// The offset after the string that begins there; npos if it has no end.
+std::size_t endOfString(std::string_view text, std::size_t begin)
 {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
-}
-
-bool isLetter(char c)
-{
-    const char l = lowerCase(c);
-    return (l >= 'a' && l <= 'z') || (l >= '0' && l <= '9') || l == '-' || l == '_';
+    std::size_t end = begin + 1;
+    while (end < text.size() && text[end] != '"')
+        end += text[end] == '\\' ? 2 : 1;
+    return end < text.size() ? end + 1 : std::string_view::npos;
 }
 
 } // namespace
@@ -26,61 +25,44 @@ bool isLetter(char c)
 std::string lower(std::string_view text)
 {
     std::string result(text);
-    std::transform(result.begin(), result.end(), result.begin(), lowerCase);
+    std::transform(result.begin(), result.end(), result.begin(),
+                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; });
     return result;
 }
 
 bool Token::is(std::string_view expected) const
 {
-    return lower(text) == expected;
+    return text.size() == expected.size() && lower(text) == expected;
 }
 
-void Lexer::skipSpace()
+std::vector<Token> tokensOf(std::string_view text)
 {
-    while (position < text.size() && (text[position] == '#' || Space.find(text[position]) != std::string_view::npos)) {
-        if (text[position] == '#')
-            position = std::min(text.find('\n', position), text.size());
-        else if (text[position++] == '\n')
-            ++line;
-    }
-}
-
-Token Lexer::next()
-{
-    skipSpace();
-    Token token;
-    token.range.begin = position;
-    token.line = line;
-    if (position < text.size()) {
-        const char first = text[position++];
-        if (first == '"') {
-            token.kind = Token::Kind::String;
-            skipString();
-        } else if (isLetter(first)) {
-            token.kind = Token::Kind::Word;
-            while (position < text.size() && isLetter(text[position]))
-                ++position;
-        } else {
-            token.kind = Token::Kind::Sign;
+    std::vector<Token> tokens;
+    int line = 1;
+    for (std::size_t begin = 0, end = 0; begin < text.size(); begin = end) {
+        const bool isComment = text[begin] == '#';
+        const bool isSpace = Space.find(text[begin]) != std::string_view::npos;
+        Token::Kind kind = Token::Kind::Sign;
+        end = begin + 1;
+        if (isComment) {
+            end = text.find('\n', begin);
+        } else if (text[begin] == '"') {
+            kind = Token::Kind::String;
+            end = endOfString(text, begin);
+            if (end == std::string_view::npos)
+                throw Error(Error::File, "a string without its closing quote", line);
+        } else if (Letters.find(text[begin]) != std::string_view::npos) {
+            kind = Token::Kind::Word;
+            end = text.find_first_not_of(Letters, begin);
         }
+        end = std::min(end, text.size());
+        const std::string_view piece = text.substr(begin, end - begin);
+        if (!isComment && !isSpace)
+            tokens.push_back({kind, line, begin, piece});
+        line += static_cast<int>(std::count(piece.begin(), piece.end(), '\n'));
     }
-    token.range.end = position;
-    token.text = text.substr(token.range.begin, position - token.range.begin);
-    return token;
-}
-
-void Lexer::skipString()
-{
-    const int begin = line;
-    for (bool isEscaped = false; position < text.size();) {
-        const char c = text[position++];
-        if (c == '"' && !isEscaped)
-            return;
-        if (c == '\n')
-            ++line;
-        isEscaped = c == '\\' && !isEscaped;
-    }
-    throw Error(Error::File, "a string without its closing quote", begin);
+    tokens.push_back({Token::Kind::End, line, text.size(), {}});
+    return tokens;
 }
 
 } // namespace DhclientConf

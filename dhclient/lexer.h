@@ -4,31 +4,26 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace DhclientConf {
-
-/// A range of a text: byte offsets, `end` is one past the last byte.
-struct Range
-{
-    std::size_t begin = 0;
-    std::size_t end = 0;
-};
 
 /// A piece of a configuration as the client's lexer splits it.
 struct Token
 {
     enum class Kind {
-        End,
         Word,   ///< letters, digits, "-" and "_": keywords, names and numbers
         String, ///< quotes included
-        Sign    ///< any other single byte
+        Sign,   ///< any other single byte
+        End
     };
 
-    Kind kind = Kind::End;
-    Range range;
-    int line = 0; ///< from 1
+    Kind kind;
+    int line;          ///< from 1
+    std::size_t begin; ///< the offset of its first byte
     std::string_view text;
 
+    std::size_t end() const { return begin + text.size(); }
     /// Whether it is this sign or keyword, given in lower case; the client ignores case.
     bool is(std::string_view expected) const;
 };
@@ -36,25 +31,10 @@ struct Token
 /// In ASCII's lower case, whatever the locale.
 std::string lower(std::string_view text);
 
-/// Splits a text into tokens. White space and comments ("#" up to the end of the line) only separate; "//" and "/*"
-/// start no comment, and a string may go over several lines (C12).
-class Lexer
-{
-public:
-    /// The text must outlive the lexer and the tokens.
-    explicit Lexer(std::string_view text) : text(text) {}
-
-    /// Throws Error for a string without its closing quote.
-    Token next();
-
-private:
-    void skipSpace();
-    void skipString();
-
-    std::string_view text;
-    std::size_t position = 0;
-    int line = 1;
-};
+/// The tokens of a text, which must outlive them; the last is the end. White space and comments ("#" up to the end of
+/// the line) only separate; "//" and "/*" start no comment, and a string may go over several lines (C12). Throws Error
+/// for a string without its closing quote.
+std::vector<Token> tokensOf(std::string_view text);
 
 } // namespace DhclientConf
 

@@ -8,6 +8,7 @@
 #include "posix.h"
 #include "report.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
@@ -41,17 +42,11 @@ constexpr char Help[] =
     "Exit status: 0 done or nothing to do, 1 the file cannot be read, written or understood, 2 wrong\n"
     "arguments or an edit that dhclient would not accept, 3 --dry-run would have changed the file.\n";
 
-constexpr std::size_t LargestFile = std::size_t{16} * 1024 * 1024;
+constexpr std::size_t LargestFile = std::size_t{1024} * 1024;
 constexpr std::chrono::seconds LongestLock(60);
 constexpr int MostAttempts = 3;
 
 enum Status { Done = 0, WouldChange = 3 }; ///< and those of Error
-
-struct Arguments
-{
-    std::vector<Wish> wishes;
-    bool isDryRun = false;
-};
 
 void note(const std::string &line)
 {
@@ -60,10 +55,10 @@ void note(const std::string &line)
 
 int fail(const Error &error)
 {
-    const std::string place = error.line > 0 ? ", line " + std::to_string(error.line) : std::string();
-    Posix::report(Program, LOG_ERR,
-                  (error.fault == Error::File ? Paths::resolve(ConfPath) + place + ": " : std::string())
-                      + error.what());
+    std::string place;
+    if (error.fault == Error::File)
+        place = Paths::resolve(ConfPath) + (error.line > 0 ? ", line " + std::to_string(error.line) : "") + ": ";
+    Posix::report(Program, LOG_ERR, place + error.what());
     return error.fault;
 }
 
@@ -109,12 +104,12 @@ int check(const std::string &target)
 }
 
 /// The exit status; nothing if the file is to be changed but may not be, or another program has changed it meanwhile.
-std::optional<int> attempt(const Arguments &arguments, const std::string &target, bool mayChange)
+std::optional<int> attempt(const std::string &target, const std::vector<Wish> &wishes, bool isDryRun, bool mayChange)
 {
     const Posix::FileState state = Posix::stateOf(target);
     const std::string content = contentOf(target);
     Draft draft(content);
-    draft.carryOut(arguments.wishes);
+    draft.carryOut(wishes);
     const bool changes = draft.text() != content;
     if (changes && !mayChange)
         return std::nullopt;
@@ -131,7 +126,7 @@ std::optional<int> attempt(const Arguments &arguments, const std::string &target
                 throw Error(Error::File, old.complaints.front().reason, old.complaints.front().line);
             if (isCurrent && !answer.complaints.empty())
                 throw Error(Error::Command, "dhclient would not accept the edit: " + answer.complaints.front().reason);
-            return isCurrent && !arguments.isDryRun;
+            return isCurrent && !isDryRun;
         });
     if (!isCurrent)
         return std::nullopt;
@@ -139,15 +134,15 @@ std::optional<int> attempt(const Arguments &arguments, const std::string &target
         note("dhclient could not check the edit: " + answer.obstacle);
     for (const std::string &line : draft.notes())
         note(line);
-    return changes && arguments.isDryRun ? WouldChange : Done;
+    return changes && isDryRun ? WouldChange : Done;
 }
 
-int run(const Arguments &arguments)
+int run(const std::vector<Wish> &wishes, bool isDryRun)
 {
     const std::string target = followed(Paths::resolve(ConfPath));
-    if (arguments.wishes.empty())
+    if (wishes.empty())
         return check(target);
-    std::optional<int> status = attempt(arguments, target, false);
+    std::optional<int> status = attempt(target, wishes, isDryRun, false);
     if (status)
         return *status;
     // A file beside it, since the file itself is replaced.
@@ -155,36 +150,10 @@ int run(const Arguments &arguments)
     const Posix::Descriptor lock = Posix::lock(target.substr(0, name) + '.' + target.substr(name) + ".lock",
                                                LongestLock);
     for (int left = MostAttempts; left > 0 && !status; --left)
-        status = attempt(arguments, target, true);
+        status = attempt(target, wishes, isDryRun, true);
     if (!status)
         throw Error(Error::File, "another program keeps changing it");
     return *status;
-}
-
-Arguments readArguments(int argc, char *argv[])
-{
-    static constexpr std::pair<std::string_view, Command::Kind> kinds[] = {
-        {"--add-request", Command::Kind::AddRequest},
-        {"--del-request", Command::Kind::DelRequest},
-        {"--add-new-option", Command::Kind::AddNewOption},
-        {"--del-new-option", Command::Kind::DelNewOption}};
-    Arguments arguments;
-    std::vector<Command> commands;
-    for (int i = 1; i < argc; ++i) {
-        const std::string argument = argv[i];
-        const auto kind = std::find_if(std::begin(kinds), std::end(kinds),
-                                       [&argument](const auto &candidate) { return candidate.first == argument; });
-        if (argument == "--dry-run")
-            arguments.isDryRun = true;
-        else if (kind == std::end(kinds))
-            throw Error(Error::Command, "unknown argument " + quoted(argument) + ", see --help");
-        else if (++i == argc)
-            throw Error(Error::Command, argument + " needs an argument");
-        else
-            commands.push_back({kind->second, argv[i]});
-    }
-    arguments.wishes = readWishes(commands);
-    return arguments;
 }
 
 /// The exit status of the process, which is waited for.
@@ -204,20 +173,23 @@ int main(int argc, char *argv[])
 {
     Posix::keepStandardStreams();
     std::signal(SIGPIPE, SIG_IGN); // the caller may be gone before everything is written
-    const std::string_view first = argc > 1 ? argv[1] : "";
+    std::vector<std::string> arguments(argv + std::min(argc, 1), argv + argc);
+    const std::string first = arguments.empty() ? std::string() : arguments.front();
     if (first == "--help" || first == "--version") {
         std::cout << (first == "--help" ? Help : "kiro-dhclient-edit " PROGRAM_VERSION "\n");
         return Done;
     }
+    const bool isDryRun = first == "--dry-run";
+    arguments.erase(arguments.begin(), arguments.begin() + (isDryRun ? 1 : 0));
     try {
-        const Arguments arguments = readArguments(argc, argv);
+        const std::vector<Wish> wishes = readWishes(arguments);
         // What has begun is finished in a process that no signal to the caller's reaches: the window kills a tool
         // that takes longer than two seconds.
         const pid_t worker = ::fork();
         if (worker > 0)
             return statusOf(worker);
         ::setsid();
-        return run(arguments);
+        return run(wishes, isDryRun);
     } catch (const Error &error) {
         return fail(error);
     } catch (const std::exception &error) {

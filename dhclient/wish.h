@@ -9,15 +9,6 @@
 
 namespace DhclientConf {
 
-/// One edit command of the command line, and its argument.
-struct Command
-{
-    enum class Kind { AddRequest, DelRequest, AddNewOption, DelNewOption };
-
-    Kind kind;
-    std::string argument; ///< a name, or "NAME CODE TYPE"
-};
-
 /// What all commands of a call want of one option: what they leave when they are carried out in order.
 struct Wish
 {
@@ -36,14 +27,12 @@ struct Wish
     bool isUndeclared = false;              ///< not to be declared with any code
 };
 
-/// One wish for each option that the commands name, in the order of their first commands. Throws Error for an
-/// argument that holds anything but a name, a code and a type, so none can end its statement.
-std::vector<Wish> readWishes(const std::vector<Command> &commands);
+/// One wish for each option that the commands of a command line name, in the order of their first commands. Throws
+/// Error for an argument that holds anything but a name, a code and a type, so none can end its statement.
+std::vector<Wish> readWishes(const std::vector<std::string> &arguments);
 
 /// A text as a line on a terminal can show it: "?" for all that is not printable ASCII.
 std::string printable(std::string_view text);
-/// The same between quotes.
-std::string quoted(std::string_view text);
 
 } // namespace DhclientConf
 
