@@ -29,39 +29,27 @@ def obstacle():
 
 
 class RealClient:
-    """In a directory of its own."""
-
     def __init__(self, directory):
         """Takes this process into a network namespace of its own, for good."""
-        self.directory = directory
         self.program = shutil.copy(INSTALLED, directory / "client")
         if ctypes.CDLL(None, use_errno=True).unshare(NEW_NAMESPACES) != 0:
             raise OSError(ctypes.get_errno(), "unshare")
         subprocess.run(["sh", "-c", SETUP], check=True)
 
-    def start(self, configuration, *interfaces, **settings):
-        options = ["-d", "-1", "-4", "-cf", configuration, "-lf", "/dev/null", "-pf", "/dev/null", "-sf", "/bin/true"]
-        return subprocess.Popen([self.program, *options, *interfaces], stdin=subprocess.DEVNULL, **settings)
+    def command(self, conf, *interfaces):
+        return [self.program, *"-d -1 -4 -lf /dev/null -pf /dev/null -sf /bin/true -cf".split(), conf, *interfaces]
 
-    def complaints(self, configuration):
-        """The lines "FILE line N: REASON", and whether it crashes or does not end."""
-        with open(self.directory / "said", "w+b") as said:
-            client = self.start(configuration, "nosuchif0", stderr=said)
-            try:
-                status = client.wait(5)
-            except subprocess.TimeoutExpired:
-                client.kill()
-                status = client.wait()
-            said.seek(0)
-            text = said.read(1 << 20).decode("latin-1")  # over some open strings it writes for ever
-        lines = re.findall(f"^{re.escape(str(configuration))} line .*", text, re.MULTILINE)
-        return lines + ["ended by a signal"] * (status < 0)
+    def complaints(self, conf):
+        """The lines "FILE line N: REASON", and a last one if it crashes or does not end."""
+        script = 'timeout 5 "$@" 2>&1 | head -c 99999; [ "${PIPESTATUS[0]}" -lt 124 ] || echo "$0 line 0: ended"'
+        client = run("bash", "-c", script, conf, *self.command(conf, "nosuchif0"))
+        return re.findall(rf"^{re.escape(str(conf))} line .*", client.stdout.decode("latin-1"), re.MULTILINE)
 
-    def requests(self, configuration):
-        """The codes in the list of the first packet on each interface, by interface."""
+    def requests(self, conf):
+        """The set of codes in the first packet on each interface, by interface."""
         requested = {}
         with socket.socket(socket.AF_PACKET, socket.SOCK_RAW, EVERY_PROTOCOL) as wire, \
-                self.start(configuration, *INTERFACES, stderr=subprocess.DEVNULL) as client:
+                subprocess.Popen(self.command(conf, *INTERFACES), stderr=subprocess.DEVNULL) as client:
             deadline = time.monotonic() + PATIENCE
             while len(requested) < len(INTERFACES) and time.monotonic() < deadline:
                 if select.select([wire], [], [], 0.05)[0]:
@@ -76,10 +64,9 @@ class RealClient:
 
 def request_list(packet):
     options = packet[packet.index(COOKIE) + len(COOKIE):]
-    codes = []
+    codes = set()
     while len(options) > 1 and options[0] != END:
-        following = 2 + options[1]
-        if options[0] == REQUEST_LIST:
-            codes += options[2:following]
+        code, following = options[0], 2 + options[1]
+        codes |= set(options[2:following]) if code == REQUEST_LIST else set()
         options = options[following:]
     return codes
