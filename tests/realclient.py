@@ -64,9 +64,6 @@ class RealClient:
 
 def request_list(packet):
     options = packet[packet.index(COOKIE) + len(COOKIE):]
-    codes = set()
-    while len(options) > 1 and options[0] != END:
-        code, following = options[0], 2 + options[1]
-        codes |= set(options[2:following]) if code == REQUEST_LIST else set()
-        options = options[following:]
-    return codes
+    while options[0] not in (REQUEST_LIST, END):
+        options = options[2 + options[1]:]
+    return set(options[2:2 + options[1]]) if options[0] == REQUEST_LIST else set()

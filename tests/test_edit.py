@@ -5,11 +5,13 @@ import os
 import re
 import signal
 import subprocess
+import time
 from pathlib import Path
 
 import pytest
 
-from trial import PATIENCE, SOURCE, run
+from realclient import INSTALLED
+from trial import PATIENCE, SOURCE, eventually, run
 
 TOOL = Path.cwd() / "dhclient/kiro-dhclient-edit"
 NAME = "kiro-dhclient-edit: "
@@ -19,6 +21,23 @@ ADD = "--add-request", "ntp-servers"
 @pytest.fixture
 def conf(root):
     return root.write("/etc/dhcp/dhclient.conf", "request routers;\n")
+
+
+@pytest.fixture
+def client(root):
+    """The machine's client, which reads what is below the root."""
+    path = root.path("/usr/sbin/dhclient")
+    path.parent.mkdir(parents=True)
+    path.symlink_to(INSTALLED)
+    return path
+
+
+@pytest.fixture
+def fake_client(root):
+    def install(script):
+        path = root.write("/sbin/dhclient", "#!/bin/sh\n" + script)
+        path.chmod(0o755)
+    return install
 
 
 def edit(*arguments):
@@ -37,8 +56,7 @@ def golden_cases():
 
 
 @pytest.mark.parametrize("old, commands, expected, notes", golden_cases())
-def test_golden(root, conf, old, commands, expected, notes):
-    root.write("/included.conf", "option inc code 190 = text; request inc, routers;")
+def test_golden(conf, client, old, commands, expected, notes):
     conf.write_bytes(old.encode("latin-1"))
     arguments = [word for command in commands.splitlines() for word in command.split(" ", 1)]
     status, errors = edit(*arguments)
@@ -52,41 +70,90 @@ def test_golden(root, conf, old, commands, expected, notes):
 @pytest.mark.parametrize("text, line, reason", [
     ("timeout 5;\n\nrequest routers,\n12;\n", 3, "an option's name expected"),
     ('\nsend host-name "x;\nrequest routers;\n', 2, "a string without its closing quote"),
-    ('interface "e0" {\n timeout 3;\n', 2, '"}" expected'),
-    ('interface "e0" {\n timeout 3 }\ntimeout 4;\n', 2, '";" expected'),
-    ("if exists routers {\n timeout 3;", 2, '"}" expected'),
+    ('interface "e0" {\n timeout 3;\n', 2, '";" or "}" expected'),
+    ('interface "e0" {\n timeout 3 }\ntimeout 4;\n', 2, '";" or "}" expected'),
     ("timeout 3;\n}", 2, 'a "}" without its "{"'),
-    ("timeout 3", 1, '";" expected'),
-    ("request routers,\n nosuch, another;", 2, 'unknown option "nosuch"'),
-    ("option foo code 200 = array of text; require foo;", 1, 'unknown option "foo"'),
-    ('interface "e0" { option foo code 200 = text; } request foo;', 1, 'unknown option "foo"'),
-    ("request unknown-255;", 1, 'unknown option "unknown-255"'),
-    ('include "/broken.conf";\n', 1, 'in "/broken.conf", line 2: ";" expected'),
-    ('include "/unknown.conf";', 1, 'in "/unknown.conf", line 2: unknown option "nosuch"'),
-    ('include "/etc/dhcp/dhclient.conf";', 1, "/etc/dhcp/dhclient.conf: too many files included"),
+    ("timeout 3;\nrequest unknown-200;", 2, '"unknown-200" in a list: write the option\'s name'),
 ])
-def test_broken_file(root, conf, text, line, reason):
-    root.write("/broken.conf", "timeout 5;\nrequest routers\ntimeout 6;\n")
-    root.write("/unknown.conf", "timeout 5;\nrequest nosuch;\n")
+def test_file_without_structure_is_refused_without_a_client(conf, text, line, reason):
     conf.write_text(text)
-    assert edit("--add-request", "routers") == (1, f"{NAME}{conf}, line {line}: {reason}\n")
+    assert edit(*ADD) == (1, f"{NAME}{conf}, line {line}: {reason}\n")
     assert conf.read_text() == text
+
+
+def test_file_with_a_mistake_is_refused_in_the_client_s_words(conf, client):
+    mistake = "timeout 5;\nprepend domain-name-servers 127.0.0.1 10.0.0.1;\nrequest routers;\ntimeout x;\n"
+    conf.write_text(mistake)
+    assert edit(*ADD) == (1, f"{NAME}{conf}, line 2: semicolon expected.\n")
+    assert edit("--dry-run", *ADD) == (1, f"{NAME}{conf}, line 2: semicolon expected.\n")
+    assert conf.read_text() == mistake
+    status, errors = edit()
+    assert status == 1
+    assert {line.split(": ")[1] for line in errors.splitlines()} == {f"{conf}, line 2", f"{conf}, line 4"}
+
+
+@pytest.mark.parametrize("commands, reason", [
+    (("--add-request", "nosuch"), "no option named nosuch in space dhcp"),
+    (("--add-new-option", "_x 200 text"), "expecting identifier after option keyword."),
+    (("--add-new-option", "foo 200 nonsense"), "unknown data type nonsense"),
+])
+def test_edit_that_the_client_would_not_read_is_refused(conf, client, commands, reason):
+    assert edit(*commands) == (2, f"{NAME}dhclient would not accept the edit: {reason}\n")
+    assert [path.name for path in conf.parent.iterdir() if path.name.endswith(".new")] == []
+    assert conf.read_text() == "request routers;\n"
+
+
+@pytest.mark.parametrize("script, reason", [
+    ("kill -SEGV $$", "dhclient crashed"),
+    ("while :; do :; done", "dhclient did not end"),
+    ("while :; do echo x; done", "dhclient did not end"),
+    ("exec 1>&- 2>&-; while :; do :; done", "dhclient did not end"),
+])
+def test_client_that_fails_refuses_the_edit_in_time(conf, fake_client, script, reason):
+    fake_client(script)
+    start = time.monotonic()
+    assert edit(*ADD) == (1, f"{NAME}{conf}: {reason}\n")
+    assert time.monotonic() - start < 2  # for so long the window waits
+    assert conf.read_text() == "request routers;\n"
+
+
+def test_client_has_no_environment_and_can_only_read(root, conf, fake_client):
+    path = root.path("/said")
+    fake_client(f"""exec 2>{path} /bin/bash -c 'export -p >&2; : </dev/tcp/127.0.0.1/9; (echo forked >&2)'""")
+    assert edit(*ADD)[0] == 0
+    said = path.read_text()
+    assert set(re.findall(r"declare -x (\w+)", said)) <= {"OLDPWD", "PWD", "SHLVL"}
+    assert "socket: Operation not permitted" in said
+    assert "fork: Operation not permitted" in said and "\nforked" not in said
+
+
+def test_without_a_client_the_edit_is_made_and_noted(root, conf):
+    note = f'{NAME}note: dhclient could not check the edit: it does not open the file: cannot run "{{}}": {{}}\n'
+    assert edit(*ADD) == (0, note.format(root.path("/sbin/dhclient"), "No such file or directory"))
+    root.write("/usr/sbin/dhclient", "")
+    assert edit("--del-request", "routers") == (0, note.format(root.path("/usr/sbin/dhclient"), "Permission denied"))
+    assert conf.read_text() == "request ntp-servers;\n"
+    assert edit()[0] == 2
+
+
+def test_check_and_dry_run(conf, client):
+    assert edit() == (0, "")
+    assert edit("--dry-run", "--add-request", "routers") == (0, "")
+    assert edit("--dry-run", *ADD) == (3, "")
+    assert edit("--dry-run", "--add-request", "nosuch")[0] == 2
+    assert conf.read_text() == "request routers;\n"
 
 
 @pytest.mark.parametrize("command, complaint", [
     *[(f"--add-request {name}", f'"{name}" is not an option name')
-      for name in (" routers", "routers;request", "space", "unknown-228")],
+      for name in (" routers", "routers;request", "unknown-228", "12", "foo}")],
     ("--add-request foo\x7f\nrä", '"foo??r??" is not an option name'),
-    ("--add-request nosuch", 'cannot request "nosuch": neither the client nor the file knows such an option'),
     ("--add-new-option a.b 1 text", '"a.b" belongs to an option space other than DHCPv4\'s'),
     ("--del-new-option foo x", '"x" is not an option code from 1 to 254, in "foo x"'),
     *[(f"--add-new-option foo {code} text", f'"{code}" is not an option code from 1 to 254, in "foo {code} text"')
       for code in ("0", "255", "-1", "4294967496")],
-    *[(f"--add-new-option foo 2 {type}", f'"{type}" is not an option type, in "foo 2 {type}"') for type in (
-        "flag", "integer", "integer 64", "unsigned text", "domain-name compressed", "array ip-address", '"text',
-        "{ text, boolean }", "{ ip-address integer 8 }", "{ array of text }", "{ encapsulate x, text }",
-        "array of { array of boolean }", "array of { ip-address, text }", "{ " + "boolean, " * 32 + "boolean }")],
-    ("--add-new-option foo 2 { encapsulate x }", '"{ encapsulate x }" needs an option space, which is not looked into'),
+    *[(f"--add-new-option foo 2 {type}", f'"{type}" is not an option type, in "foo 2 {type}"')
+      for type in ("", '"text', "text; request x", "text = 5")],
     ("--add-request", "--add-request needs an argument"),
     ("routers", 'unknown argument "routers", see --help'),
 ])
@@ -95,22 +162,13 @@ def test_wrong_command(conf, command, complaint):
     assert conf.read_text() == "request routers;\n"
 
 
-@pytest.mark.parametrize("type", [
-    "text", "string", "ip6-address", "signed integer 16", "domain-name", "domain-list compressed",
-    "{ boolean, array of UNSIGNED  integer 32, text }"])
-def test_type(conf, type):
-    conf.write_text("option foo code 200 = text;\n")
-    assert edit("--add-new-option", f"foo 254 {type}") == (0, "")
-    assert conf.read_text() == f"option foo code 254 = {' '.join(type.lower().split())};\n"
-
-
 def test_help_and_version():
     for argument, beginning in ("--help", b"Usage: kiro-dhclient-edit ["), ("--version", b"kiro-dhclient-edit 0."):
-        process = run(TOOL, argument, "--add-request", "x")
+        process = run(TOOL, argument)
         assert process.returncode == 0 and not process.stderr and process.stdout.startswith(beginning)
 
 
-def test_missing_file(conf):
+def test_missing_file(conf, client):
     conf.unlink()
     assert edit("--del-request", "ntp-servers") == (0, "")
     conf.parent.rmdir()  # no lock was taken
@@ -125,7 +183,7 @@ def test_missing_file(conf):
 @pytest.mark.parametrize("make, reason", [
     (os.mkfifo, "Invalid argument"),
     (lambda path: path.symlink_to(path), "Too many levels of symbolic links"),
-    (lambda path: path.write_bytes(bytes(2 ** 24 + 1)), "File too large"),
+    (lambda path: path.write_bytes(bytes(2 ** 20 + 1)), "File too large"),
 ])
 def test_unreadable_file(conf, make, reason):
     conf.unlink()
@@ -134,7 +192,7 @@ def test_unreadable_file(conf, make, reason):
 
 
 @pytest.mark.parametrize("target", ["../elsewhere/real.conf", "/etc/elsewhere/real.conf"])
-def test_link_mode_and_owner(root, conf, target):
+def test_link_mode_and_owner(root, conf, client, target):
     real = root.write("/etc/elsewhere/real.conf", "request routers;\n")
     if os.geteuid() == 0:
         os.chown(real, 12, 34)
@@ -148,7 +206,19 @@ def test_link_mode_and_owner(root, conf, target):
     assert (after.st_mode, after.st_uid, after.st_gid) == (before.st_mode, before.st_uid, before.st_gid)
 
 
-def test_waits_for_the_lock(root, conf):
+def test_acl_is_kept(conf, client):
+    entries = (1, 6, -1), (2, 4, 7), (4, 4, -1), (16, 6, -1), (32, 0, -1)  # acl(5): user 7 may read
+    acl = b"\2\0\0\0" + b"".join(tag.to_bytes(2, "little") + rights.to_bytes(2, "little")
+                                 + who.to_bytes(4, "little", signed=True) for tag, rights, who in entries)
+    try:
+        os.setxattr(conf, "system.posix_acl_access", acl)
+    except OSError as error:
+        pytest.skip(f"no ACL here: {error}")
+    assert edit(*ADD) == (0, "")
+    assert os.getxattr(conf, "system.posix_acl_access") == acl
+
+
+def test_waits_for_the_lock(root, conf, client):
     with root.write("/etc/dhcp/.dhclient.conf.lock", "").open() as lock:
         fcntl.flock(lock, fcntl.LOCK_SH)  # even that keeps it out
         tool = subprocess.Popen([TOOL, *ADD])
@@ -159,7 +229,27 @@ def test_waits_for_the_lock(root, conf):
     assert conf.read_text() == "request subnet-mask, ntp-servers;\n"
 
 
-def test_ended_while_writing(conf):
+def test_begins_anew_when_another_program_edits(conf, fake_client):
+    fake_client(f'read first <"$6"; case $first in *subnet*) ;; *) echo "request subnet-mask;" >{conf} ;; esac')
+    assert edit(*ADD)[0] == 0
+    assert conf.read_text() == "request subnet-mask, ntp-servers;\n"
+    fake_client(f'read first <"$6"; echo "# again" >>{conf}')
+    assert edit("--add-request", "routers") == (1, f"{NAME}{conf}: another program keeps changing it\n")
+    assert conf.read_text().startswith("request subnet-mask, ntp-servers;\n# again\n")
+
+
+def test_finishes_when_its_caller_kills_it(root, conf, client):
+    with root.write("/etc/dhcp/.dhclient.conf.lock", "").open() as lock:
+        fcntl.flock(lock, fcntl.LOCK_EX)
+        tool = subprocess.Popen([TOOL, *ADD])
+        with pytest.raises(subprocess.TimeoutExpired):
+            tool.wait(0.3)
+        tool.kill()
+        assert tool.wait(PATIENCE) == -signal.SIGKILL
+    eventually(lambda: conf.read_text() == "request routers, ntp-servers;\n")
+
+
+def test_fails_while_writing(conf, client):
     old = "request routers;\n" + "# filler\n" * 5000
     conf.write_text(old)
     new = conf.parent / ".dhclient.conf.new"
@@ -167,7 +257,8 @@ def test_ended_while_writing(conf):
     failed = run(*limited, restore_signals=False)  # ignores the signal that the limit brings
     assert (failed.returncode, failed.stderr.decode()) == (1, f'{NAME}cannot write "{new}": File too large\n')
     assert not new.exists()
-    assert run(*limited).returncode == -signal.SIGXFSZ
+    killed = run(*limited)
+    assert (killed.returncode, killed.stderr.decode()) == (1, f"{NAME}ended by signal {int(signal.SIGXFSZ)}\n")
     assert conf.read_text() == old and new.exists()
     assert edit(*ADD) == (0, "")  # over what was left
     assert conf.read_text() == old.replace("routers", "routers, ntp-servers") and not new.exists()

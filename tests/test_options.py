@@ -53,31 +53,32 @@ def literal(option):
 
 
 def test_codes_on_the_wire(root, client):
-    """The edit tool knows each option by number and by name. The client takes the result, and the examples, and sends
-    the codes."""
-    numbers = ", ".join(f"unknown-{option.code}" for option in OPTIONS)
-    conf = root.write("/etc/dhcp/dhclient.conf", f"request {numbers};\n")
+    """The edit tool declares and requests each option. The client takes the result, and the examples, and sends the
+    codes."""
+    conf = root.write("/etc/dhcp/dhclient.conf", "request;\n")
     arguments = []
     for option in OPTIONS:
         if not option.predefined:
             arguments += ["--add-new-option", f"{option.name} {option.code} {option.type}"]
-        arguments += ["--del-request", option.name, "--add-request", option.name]
+        arguments += ["--add-request", option.name]
     assert run("dhclient/kiro-dhclient-edit", *arguments).returncode == 0
     with conf.open("a") as file:
         for option in OPTIONS:
             if "{" not in option.type:  # a record
                 file.write(f"supersede {option.name} {literal(option)};\n")
-    complaints, requested = client.run(shutil.copy(conf, client.directory))
-    assert complaints == "" and requested["eth0"] == [option.code for option in OPTIONS]
+    assert client.complaints(conf) == []
+    assert client.requests(conf)["eth0"] == {option.code for option in OPTIONS}
 
 
-def test_names_of_client(client):
+def test_names_of_client(tmp_path, client):
     """The client knows no other name: it takes no other word of its program in a request."""
     # The linker lets a string share another's end. The client takes unknown-N for a number.
-    words = re.findall(rb"(?!unknown-)(?=([a-z][a-z0-9-]+)\0)", (client.directory / "client").read_bytes())
+    words = re.findall(rb"(?!unknown-)(?=([a-z][a-z0-9-]+)\0)", Path(client.program).read_bytes())
     words = sorted({word.decode() for word in words} - {option.name for option in OPTIONS if option.predefined})
-    conf = client.directory / "conf"
-    conf.write_text("".join(f"also request {word};\n" for word in words))
-    complaints, _ = client.run(conf)
-    refused = {int(line) for line in re.findall(r"/conf line (\d+): ", complaints)}
-    assert [word for line, word in enumerate(words, 1) if line not in refused] == []
+    conf = tmp_path / "conf"
+    taken = []
+    for first in range(0, len(words), 200):  # in pieces whose complaints fit
+        conf.write_text("".join(f"also request {word};\n" for word in words[first:first + 200]))
+        refused = {int(line) for line in re.findall(r"/conf line (\d+): ", "\n".join(client.complaints(conf)))}
+        taken += [word for line, word in enumerate(words[first:first + 200], 1) if line not in refused]
+    assert taken == []
