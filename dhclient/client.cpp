@@ -74,7 +74,8 @@ std::string readOutput(int descriptor)
     return output;
 }
 
-/// A complaint is a line "FILE line N: REASON". All else is about the network, or shows the text.
+/// A complaint is a line "FILE line N: REASON", or that an interface's name is too long, over which the client gives up
+/// (C9). All else is about the network, or shows the text.
 std::vector<Complaint> complaintsIn(const std::string &output, const std::string &file)
 {
     const std::string beginning = file + " line ";
@@ -84,6 +85,8 @@ std::vector<Complaint> complaintsIn(const std::string &output, const std::string
         const std::size_t colon = line.find(": ", beginning.size());
         if (line.compare(0, beginning.size(), beginning) == 0 && colon != std::string::npos)
             complaints.push_back({printable(line.substr(colon + 2)), std::atoi(&line[beginning.size()])});
+        else if (line.find("Can't allocate interface ") == 0)
+            complaints.push_back({printable(line), 0});
     }
     return complaints;
 }
