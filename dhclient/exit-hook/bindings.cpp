@@ -4,6 +4,7 @@
 #include "report.h"
 
 #include <net/if.h>
+#include <syslog.h>
 
 #include <algorithm>
 #include <sstream>
@@ -26,7 +27,7 @@ Bindings::Bindings(const std::string &path) : path(path)
     try {
         stored = Posix::readFile(path, 1 << 20).value_or(std::string());
     } catch (const std::system_error &error) {
-        report(error.what());
+        Posix::report("record-lease", LOG_ERR, error.what());
     }
     std::istringstream lines(stored);
     for (std::string line; std::getline(lines, line);) {

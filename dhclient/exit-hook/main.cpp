@@ -4,6 +4,7 @@
 #include "bindings.h"
 #include "client.h"
 #include "leaseevent.h"
+#include "lockfile.h"
 #include "paths.h"
 #include "posix.h"
 #include "procfs.h"
@@ -11,39 +12,18 @@
 #include "report.h"
 #include "valuefiles.h"
 
-#include <fcntl.h>
-#include <signal.h>
 #include <spawn.h>
-#include <sys/file.h>
 #include <sys/wait.h>
-#include <unistd.h>
+#include <syslog.h>
 
-#include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <stdexcept>
 #include <system_error>
 
 namespace {
 
-/// Waits until no other hook works, but not for ever: the client waits meanwhile. The file is never removed.
-Posix::Descriptor lock(const std::string &path)
-{
-    constexpr unsigned Seconds = 300; // many hooks at once take a minute on a busy machine
-    Posix::Descriptor file(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
-    if (!file)
-        Posix::fail("open", path);
-    struct sigaction interrupt = {};
-    interrupt.sa_handler = [](int) {};
-    ::sigaction(SIGALRM, &interrupt, nullptr);
-    ::alarm(Seconds);
-    if (::flock(file.get(), LOCK_EX) != 0) {
-        if (errno == EINTR)
-            errno = ETIMEDOUT;
-        Posix::fail("lock", path);
-    }
-    ::alarm(0);
-    return file;
-}
+constexpr std::chrono::seconds LongestLock(300); // many hooks at once take a minute on a busy machine
 
 /// False when the event changes nothing.
 bool record(const LeaseEvent &event, const std::string &directory)
@@ -66,7 +46,7 @@ bool record(const LeaseEvent &event, const std::string &directory)
     try {
         bindings.save();
     } catch (const std::system_error &error) {
-        report(error.what()); // the values can still be written
+        Posix::report("record-lease", LOG_ERR, error.what()); // the values can still be written
     }
     if (binding.directory.empty())
         return false;
@@ -99,9 +79,9 @@ void run(const char *script)
     const auto event = LeaseEvent::fromEnvironment(Procfs::read(Procfs::parsePid(script), "environ"));
     const std::string directory = Paths::resolve("/var/lib/dhcp3/vars");
     Posix::makeDirectories(directory);
-    Posix::Descriptor lockFile = lock(directory + "/.lock");
+    Posix::Descriptor lock = Posix::lock(directory + "/.lock", LongestLock);
     const bool isRecorded = record(event, directory);
-    lockFile.reset();
+    lock.reset();
     dislodgeClientOfApply(event);
     if (isRecorded)
         refreshWindow();
@@ -111,14 +91,12 @@ void run(const char *script)
 
 int main(int argc, char *argv[])
 {
-    // Or a file that is opened later would get the number of a closed standard error, and the messages.
-    if (::fcntl(STDERR_FILENO, F_GETFD) < 0)
-        ::open("/dev/null", O_WRONLY);
+    Posix::keepStandardStreams();
     try {
         run(argc > 1 ? argv[1] : "");
         return EXIT_SUCCESS;
     } catch (const std::exception &error) {
-        report(error.what());
+        Posix::report("record-lease", LOG_ERR, error.what());
         return EXIT_FAILURE;
     }
 }

@@ -3,9 +3,11 @@
 #include "posix.h"
 #include "report.h"
 
+#include <syslog.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <filesystem>
 #include <system_error>
 
@@ -35,6 +37,10 @@ void writeValueFiles(const std::string &directory, const std::map<std::string, s
                      const std::function<bool(const std::string &)> &isOutdated)
 {
     Posix::makeDirectories(directory);
+    if (std::filesystem::is_symlink(directory)) {
+        errno = ELOOP; // what it leads to may hold other files than values
+        Posix::fail("use", directory);
+    }
     for (const auto &entry : std::filesystem::directory_iterator(directory)) {
         const std::string name = entry.path().filename();
         if (values.count(name) == 0 && isOutdated(name))
@@ -47,7 +53,7 @@ void writeValueFiles(const std::string &directory, const std::map<std::string, s
             if (!isUpToDate(path, content))
                 Posix::replaceFile(path, content, Posix::Replacement::Cached);
         } catch (const std::system_error &error) {
-            report(error.what());
+            Posix::report("record-lease", LOG_ERR, error.what());
             ::unlink(path.c_str());
         }
     }

@@ -4,20 +4,20 @@
 
 #include "addresses.h"
 #include "bindings.h"
+#include "lockfile.h"
 #include "paths.h"
 #include "posix.h"
 #include "procfs.h"
 #include "restart.h"
 #include "runningclient.h"
 
-#include <fcntl.h>
 #include <net/if.h>
 #include <signal.h>
-#include <sys/file.h>
 #include <syslog.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
@@ -26,29 +26,12 @@
 #include <set>
 #include <stdexcept>
 #include <string>
-#include <thread>
 #include <utility>
 #include <vector>
-
-using namespace std::chrono_literals;
 
 namespace {
 
 using Names = std::set<std::string>;
-
-Posix::Descriptor lock()
-{
-    const char path[] = "/run/kiro-dhcp-mgr.lock";
-    Posix::Descriptor file(::open(path, O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
-    if (!file)
-        Posix::fail("open", path);
-    for (int attempt = 0; ::flock(file.get(), LOCK_EX | LOCK_NB) != 0; ++attempt) {
-        if (attempt == 200)
-            Posix::fail("lock", path);
-        std::this_thread::sleep_for(50ms);
-    }
-    return file;
-}
 
 Names fixedInterfaces()
 {
@@ -116,7 +99,7 @@ void startClient()
 
 void askAgain()
 {
-    Posix::Descriptor lockFile = lock();
+    Posix::Descriptor lock = Posix::lock("/run/kiro-dhcp-mgr.lock", std::chrono::seconds(10));
     std::vector<RunningClient> others = runningClients();
     const auto isOther = [](const RunningClient &running) { return !running.isFromApply(); };
     const auto border = std::stable_partition(others.begin(), others.end(), isOther);
@@ -143,7 +126,7 @@ void askAgain()
         startClient();
     for (const Restart &next : restarts) {
         if (::fork() == 0) {
-            restart(next, std::move(lockFile));
+            restart(next, std::move(lock));
             return;
         }
     }

@@ -5,9 +5,7 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstddef>
 #include <cstdlib>
-#include <functional>
 
 namespace {
 
@@ -49,16 +47,4 @@ bool Paths::isWritable(const std::string &path)
         directory = slash == std::string::npos ? "." : directory.substr(0, std::max(slash, std::string::size_type{1}));
     } while (directory != "/" && directory != "." && !isPermitted(directory, F_OK) && errno == ENOENT);
     return isPermitted(directory, W_OK | X_OK);
-}
-
-Paths::InstanceSocket Paths::instanceSocket(std::string_view program)
-{
-    std::string name = std::string(program) + '-' + std::to_string(::geteuid());
-    if (hasRoot())
-        name += '-' + std::to_string(std::hash<std::string>()(resolve("")));
-    InstanceSocket socket = {};
-    socket.address.sun_family = AF_UNIX;
-    const std::size_t length = name.copy(socket.address.sun_path + 1, sizeof(socket.address.sun_path) - 1);
-    socket.size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + 1 + length); // after a null byte
-    return socket;
 }

@@ -4,9 +4,6 @@
 #include <string>
 #include <string_view>
 
-#include <sys/socket.h>
-#include <sys/un.h>
-
 /// The root prefix before the fixed paths of the system.
 ///
 /// Tests, trial runs and image builders point the environment variable KIRO_DHCP_MGR_ROOT at a directory;
@@ -24,15 +21,6 @@ std::string resolve(std::string_view fixedPath);
 /// Whether this process has the right to write the file, which may be missing, as may directories above it. Asks for
 /// the right to write its directory too: what is worth storing is written beside and renamed, or journalled.
 bool isWritable(const std::string &path);
-
-/// An abstract socket (unix(7)) that belongs to a program, the user and the root prefix: whoever has bound it is the
-/// user's running instance of the program.
-struct InstanceSocket
-{
-    sockaddr_un address;
-    socklen_t size;
-};
-InstanceSocket instanceSocket(std::string_view program);
 
 } // namespace Paths
 

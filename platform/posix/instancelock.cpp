@@ -6,7 +6,9 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstddef>
 #include <cstring>
+#include <functional>
 
 namespace {
 
@@ -21,20 +23,26 @@ ucred peerOf(int socket)
 
 } // namespace
 
-InstanceLock::InstanceLock(const std::string &program) : program(program) {}
+InstanceLock::InstanceLock(const std::string &program)
+{
+    std::string name = program + '-' + std::to_string(::geteuid());
+    if (Paths::hasRoot())
+        name += '-' + std::to_string(std::hash<std::string>()(Paths::resolve("")));
+    address.sun_family = AF_UNIX;
+    const std::size_t length = name.copy(address.sun_path + 1, sizeof(address.sun_path) - 1);
+    addressSize = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + 1 + length); // after a null byte
+}
 
 InstanceLock::State InstanceLock::acquire(bool asksToShow)
 {
-    const Paths::InstanceSocket own = Paths::instanceSocket(program);
-    const auto *address = reinterpret_cast<const sockaddr *>(&own.address);
-
+    const auto *own = reinterpret_cast<const sockaddr *>(&address);
     for (int attempt = 0; attempt < 100; ++attempt) {
         Posix::Descriptor candidate(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-        if (::bind(candidate.get(), address, own.size) == 0 && ::listen(candidate.get(), SOMAXCONN) == 0) {
+        if (::bind(candidate.get(), own, addressSize) == 0 && ::listen(candidate.get(), SOMAXCONN) == 0) {
             socket = std::move(candidate);
             return State::Acquired;
         }
-        if (errno == EADDRINUSE && ::connect(candidate.get(), address, own.size) == 0) {
+        if (errno == EADDRINUSE && ::connect(candidate.get(), own, addressSize) == 0) {
             const ucred peer = peerOf(candidate.get());
             if (peer.uid != ::geteuid()) {
                 errno = EPERM; // anybody may take any name
@@ -49,8 +57,17 @@ InstanceLock::State InstanceLock::acquire(bool asksToShow)
             break;
         ::usleep(20000); // the holder has bound but does not listen yet, or has just ended
     }
-    reason = "socket @" + std::string(own.address.sun_path + 1) + ": " + std::strerror(errno);
+    reason = "socket @" + std::string(address.sun_path + 1) + ": " + std::strerror(errno);
     return State::Failed;
+}
+
+pid_t InstanceLock::currentHolder() const
+{
+    const Posix::Descriptor connection(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    if (::connect(connection.get(), reinterpret_cast<const sockaddr *>(&address), addressSize) != 0)
+        return 0;
+    const ucred peer = peerOf(connection.get());
+    return peer.uid == ::geteuid() ? peer.pid : 0; // anybody may take any name
 }
 
 bool InstanceLock::isAskedToShow()
