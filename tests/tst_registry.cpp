@@ -48,11 +48,11 @@ private slots:
         root.store.set("set", "1");
         root.store.create("bare", VorkanNumberType);
         root.sql("INSERT INTO entry VALUES('set', 7, '2'), ('bare', 7, '2')");
-        Sqlite::Database other(root.file.fileName().toStdString(), {});
-        other.execute("BEGIN IMMEDIATE");
+        SQLite::Database other(root.file.fileName().toStdString(), SQLite::OPEN_READWRITE);
+        other.exec("BEGIN IMMEDIATE");
         const auto release = std::async(std::launch::async, [&] {
             QTest::qSleep(300);
-            other.execute("COMMIT");
+            other.exec("COMMIT");
         });
         QVERIFY(root.store.commit());
         QCOMPARE(root.sql("SELECT value FROM entry ORDER BY key"), QStringList({"2", "1"}));

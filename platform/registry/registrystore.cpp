@@ -3,12 +3,18 @@
 #include "paths.h"
 #include "posix.h"
 
+#include <SQLiteCpp/Transaction.h>
+#include <SQLiteCpp/VariadicBind.h>
+
 #include <fcntl.h>
+#include <sqlite3.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstring>
 #include <iostream>
+#include <system_error>
 
 namespace {
 
@@ -41,8 +47,8 @@ void RegistryStore::endView()
         return;
     inView = false;
     try {
-        database->execute("COMMIT");
-    } catch (const Sqlite::Error &) {
+        database->exec("COMMIT");
+    } catch (const SQLite::Exception &) {
         close(); // which ends every transaction
     }
 }
@@ -56,13 +62,13 @@ std::optional<RegistryStore::Entry> RegistryStore::find(const QString &key)
         if (!openForReading())
             return std::nullopt;
         std::optional<Entry> entry;
-        select->bind(1, key);
-        if (select->step())
-            entry = Entry{static_cast<quint32>(select->number(0)), select->text(1)};
-        select->reset();
+        select->bind(1, key.toStdString());
+        if (select->executeStep())
+            entry = Entry{select->getColumn(0).getUInt(), QString::fromStdString(select->getColumn(1).getString())};
+        select->reset(); // left in mid-read it would keep the file locked
         return entry;
-    } catch (const Sqlite::Error &error) {
-        giveUp(error.what());
+    } catch (const SQLite::Exception &error) {
+        giveUp(reasonOf(error));
         return std::nullopt;
     }
 }
@@ -91,7 +97,10 @@ bool RegistryStore::commit()
         return false;
     try {
         write();
-    } catch (const std::runtime_error &error) {
+    } catch (const SQLite::Exception &error) {
+        report("Cannot write registry ", reasonOf(error));
+        return false;
+    } catch (const std::system_error &error) {
         report("Cannot write registry ", error.what());
         return false;
     }
@@ -120,12 +129,12 @@ bool RegistryStore::openForReading()
         open();
     }
     if (!select) {
-        if (!database->hasTable("entry"))
+        if (!database->tableExists("entry"))
             return false;
-        select.emplace(database->prepare("SELECT type, value FROM entry WHERE key = ?1"));
+        select.emplace(*database, "SELECT type, value FROM entry WHERE key = ?1");
     }
     if (viewHolders > 0) {
-        database->execute("BEGIN");
+        database->exec("BEGIN");
         inView = true;
     }
     return true;
@@ -133,8 +142,10 @@ bool RegistryStore::openForReading()
 
 void RegistryStore::open()
 {
-    database.emplace(path, patience);
-    database->execute("PRAGMA cache_size = -128");
+    // Not created here: a reader must not make an empty file. SQLite itself falls back to read-only access if the file
+    // cannot be written.
+    database.emplace(path, SQLite::OPEN_READWRITE, static_cast<int>(patience.count()));
+    database->exec("PRAGMA cache_size = -128");
     struct stat status = {};
     ::stat(path.c_str(), &status);
     device = status.st_dev;
@@ -175,31 +186,42 @@ void RegistryStore::write()
         ensureFile();
         open();
     }
-    database->execute("PRAGMA journal_mode = DELETE");
+    database->exec("PRAGMA journal_mode = DELETE");
     // EXTRA also flushes the directory after the journal is gone, the moment at which the commit counts.
-    database->execute("PRAGMA synchronous = EXTRA");
+    database->exec("PRAGMA synchronous = EXTRA");
 
-    Sqlite::Transaction transaction(*database);
-    database->execute("CREATE TABLE IF NOT EXISTS entry("
-                      "key TEXT PRIMARY KEY, type INTEGER NOT NULL, value TEXT NOT NULL)");
+    // The write lock at once: taking it later, from a read lock, can fail instead of waiting.
+    SQLite::Transaction transaction(*database, SQLite::TransactionBehavior::IMMEDIATE);
+    database->exec("CREATE TABLE IF NOT EXISTS entry("
+                   "key TEXT PRIMARY KEY, type INTEGER NOT NULL, value TEXT NOT NULL)");
     // Another process may have made the entry since it was looked up here: a value that was set wins over it, an
     // empty one that was only created does not.
-    Sqlite::Statement insert = database->prepare("INSERT OR IGNORE INTO entry(key, type, value) VALUES(?1, ?2, ?3)");
-    Sqlite::Statement update = database->prepare("UPDATE entry SET value = ?2 WHERE key = ?1");
+    SQLite::Statement insert(*database, "INSERT OR IGNORE INTO entry(key, type, value) VALUES(?1, ?2, ?3)");
+    SQLite::Statement update(*database, "UPDATE entry SET value = ?2 WHERE key = ?1");
     for (auto change = pending.cbegin(); change != pending.cend(); ++change) {
-        insert.bind(1, change.key());
-        insert.bind(2, qint64{change->entry.type});
-        insert.bind(3, change->entry.value);
-        insert.step();
+        const std::string key = change.key().toStdString();
+        const std::string value = change->entry.value.toStdString();
+        SQLite::bind(insert, key, change->entry.type, value);
+        insert.exec();
         insert.reset();
         if (change->valueSet) {
-            update.bind(1, change.key());
-            update.bind(2, change->entry.value);
-            update.step();
+            SQLite::bind(update, key, value);
+            update.exec();
             update.reset();
         }
     }
     transaction.commit();
+}
+
+/// "unable to open database file" alone does not say why.
+std::string RegistryStore::reasonOf(const SQLite::Exception &error) const
+{
+    const int code = error.getErrorCode();
+    int systemError = 0;
+    if (code == SQLITE_CANTOPEN || code == SQLITE_IOERR)
+        systemError = database ? sqlite3_system_errno(database->getHandle())
+                               : (::access(path.c_str(), R_OK) == 0 ? 0 : errno);
+    return systemError == 0 ? error.what() : std::strerror(systemError);
 }
 
 void RegistryStore::giveUp(const std::string &reason)

@@ -1,7 +1,8 @@
 #ifndef REGISTRYSTORE_H
 #define REGISTRYSTORE_H
 
-#include "sqlite.h"
+#include <SQLiteCpp/Database.h>
+#include <SQLiteCpp/Statement.h>
 
 #include <QMap>
 #include <QString>
@@ -68,14 +69,15 @@ private:
     bool isSameFile() const;
     void ensureFile() const;
     void write();
+    std::string reasonOf(const SQLite::Exception &error) const;
     void giveUp(const std::string &reason);
     void report(const char *what, const std::string &reason);
 
     std::string path;
     std::chrono::milliseconds patience{10000};
     // Members go in reverse order: the statement must be finalised before its connection closes.
-    std::optional<Sqlite::Database> database;
-    std::optional<Sqlite::Statement> select;
+    std::optional<SQLite::Database> database;
+    std::optional<SQLite::Statement> select;
     int viewHolders = 0;
     bool inView = false; // a read transaction is open
     dev_t device = 0;
