@@ -122,7 +122,7 @@ Answer askClient(const std::string &file)
     if (WIFSIGNALED(status))
         answer.complaints.push_back({WTERMSIG(status) == SIGKILL ? "dhclient did not end" : "dhclient crashed", 0});
     else if (answer.complaints.empty() && ::read(watch.get(), &opened, sizeof opened) <= 0)
-        answer.obstacle = "it does not open the file: " + printable(output.substr(0, output.find('\n')));
+        answer.obstacle = "it did not open the file, and said: " + printable(output.substr(0, output.find('\n')));
     return answer;
 }
 

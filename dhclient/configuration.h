@@ -61,8 +61,8 @@ class Configuration
 {
 public:
     /// Throws Error for a text without structure (an open string or brace, a "}" too many, a last statement without
-    /// its ";", a broken list), and for a list that names an option by number: Debian 13's client crashes over some
-    /// (C9).
+    /// its ";", a broken list), and for a list that names an option by number: Debian 13's client may
+    /// not request it (C11).
     explicit Configuration(std::string_view text);
 
     /// At top level.

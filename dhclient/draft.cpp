@@ -10,7 +10,7 @@ namespace DhclientConf {
 
 namespace {
 
-// What the client requests where no request statement says otherwise, in the order of its option 55 (C4). Those of
+// What the client requests where no request statement says otherwise (C4). Those of
 // dhcp6 are the list of its DHCPv6 side: one statement sets both.
 constexpr std::string_view BuiltInRequests[] = {"subnet-mask", "broadcast-address",  "time-offset",
                                                 "routers",     "domain-name",        "domain-name-servers",
