@@ -30,7 +30,7 @@ constexpr std::size_t MostOutput = std::size_t{64} * 1024;
 /// False if the kernel does not take the filter. It stays in force over execve(2).
 bool refuseAllButReading()
 {
-    const scmp_filter_ctx filter = ::seccomp_init(SCMP_ACT_ALLOW);
+    void *const filter = ::seccomp_init(SCMP_ACT_ALLOW);
     const std::uint32_t refusal = SCMP_ACT_ERRNO(EPERM);
     // It learns by AF_NETLINK which interfaces there are.
     bool isSet = ::seccomp_rule_add(filter, refusal, SCMP_SYS(socket), 1, SCMP_A0(SCMP_CMP_NE, AF_NETLINK)) == 0;
@@ -118,7 +118,7 @@ Answer askClient(const std::string &file)
     int status = 0;
     while (::waitpid(client, &status, 0) < 0 && errno == EINTR) {}
     Answer answer{complaintsIn(output, file), {}};
-    inotify_event opened;
+    inotify_event opened = {};
     if (WIFSIGNALED(status))
         answer.complaints.push_back({WTERMSIG(status) == SIGKILL ? "dhclient did not end" : "dhclient crashed", 0});
     else if (answer.complaints.empty() && ::read(watch.get(), &opened, sizeof opened) <= 0)
