@@ -1,5 +1,6 @@
 #include "client.h"
 
+#include "clientfacts.h"
 #include "paths.h"
 #include "posix.h"
 #include "wish.h"
@@ -41,7 +42,7 @@ bool refuseAllButReading()
 
 [[noreturn]] void becomeClient(const std::string &file)
 {
-    const std::string usual = Paths::resolve("/usr/sbin/dhclient");
+    const std::string usual = Paths::resolve(ClientFacts::Program);
     const std::string other = Paths::resolve("/sbin/dhclient");
     const std::string &program = ::access(usual.c_str(), F_OK) == 0 ? usual : other;
     const char *const arguments[] = {program.c_str(), "-q",        "-d",  "-1",        "-4",  "-cf",       file.c_str(),

@@ -1,6 +1,7 @@
 // kiro-dhclient-edit: edits /etc/dhcp/dhclient.conf so that the client requests and declares options.
 
 #include "client.h"
+#include "clientfacts.h"
 #include "draft.h"
 #include "error.h"
 #include "lockfile.h"
@@ -24,7 +25,6 @@ using namespace DhclientConf;
 namespace {
 
 constexpr char Program[] = "kiro-dhclient-edit";
-constexpr char ConfPath[] = "/etc/dhcp/dhclient.conf";
 
 constexpr char Help[] =
     "Usage: kiro-dhclient-edit [--dry-run] [COMMAND ARGUMENT]...\n"
@@ -57,7 +57,8 @@ int fail(const Error &error)
 {
     std::string place;
     if (error.fault == Error::File)
-        place = Paths::resolve(ConfPath) + (error.line > 0 ? ", line " + std::to_string(error.line) : "") + ": ";
+        place = Paths::resolve(ClientFacts::Configuration)
+                + (error.line > 0 ? ", line " + std::to_string(error.line) : "") + ": ";
     Posix::report(Program, LOG_ERR, place + error.what());
     return error.fault;
 }
@@ -139,7 +140,7 @@ std::optional<int> attempt(const std::string &target, const std::vector<Wish> &w
 
 int run(const std::vector<Wish> &wishes, bool isDryRun)
 {
-    const std::string target = followed(Paths::resolve(ConfPath));
+    const std::string target = followed(Paths::resolve(ClientFacts::Configuration));
     if (wishes.empty())
         return check(target);
     std::optional<int> status = attempt(target, wishes, isDryRun, false);

@@ -2,7 +2,7 @@
 
 #include "dhcpoption.h"
 
-#include "dhclient.h"
+#include "clienttools.h"
 
 bool DhcpOption::applyToClient(bool requested)
 {
@@ -30,7 +30,7 @@ bool DhcpOption::applyToClient(bool requested)
     }
     arguments << (requested ? addRequest : deleteRequest) << linuxName;
 
-    Dhclient::edit(arguments, this);
+    ClientTools::edit(arguments, this);
 
     appliedRequested = requested;
     appliedCode = code;

@@ -2,6 +2,7 @@
 
 #include "dhcpoption.h"
 
+#include "clientfacts.h"
 #include "paths.h"
 #include "posix.h"
 
@@ -18,9 +19,6 @@
 
 namespace {
 
-constexpr char FirstVariableDirectory[] = "/var/lib/dhcp3/vars/eth0";
-constexpr char SecondVariableDirectory[] = "/var/lib/dhcp3/vars/eth1";
-
 /// No DHCP message is longer, however its values are written. Longer files are read up to here.
 constexpr int MaximumSize = 64 * 1024;
 
@@ -28,15 +26,14 @@ constexpr int MaximumSize = 64 * 1024;
 /// without one.
 QByteArray readVariableFile(const QString &linuxName)
 {
-    const QByteArray name = QFile::encodeName(linuxName);
-    QByteArray dashedName = name;
-    dashedName.replace('_', '-');
-    for (const char *fixedPath : {FirstVariableDirectory, SecondVariableDirectory}) {
-        const std::string directory = Paths::resolve(fixedPath) + '/';
-        for (const QByteArray &candidate : {dashedName, name}) {
+    const std::string name = QFile::encodeName(linuxName).toStdString();
+    const std::string dashedName = ClientFacts::fileName(name);
+    for (const char *interface : ClientFacts::ValueDirectories) {
+        const std::string directory = Paths::resolve(ClientFacts::ValuesDirectory) + '/' + interface + '/';
+        for (const std::string &candidate : {dashedName, name}) {
             // Opening shows whether it is readable, at half the cost of asking first. It does not wait for the other
             // end of a pipe.
-            const std::string path = directory + candidate.constData();
+            const std::string path = directory + candidate;
             const Posix::Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
             if (file) {
                 QByteArray content(MaximumSize, Qt::Uninitialized);

@@ -1,7 +1,7 @@
 #include "mainwindow.h"
 
+#include "clienttools.h"
 #include "configurationpageheader.h"
-#include "dhclient.h"
 #include "dhcpoption.h"
 #include "dhcptable.h"
 #include "registrystore.h"
@@ -96,7 +96,7 @@ MainWindow::~MainWindow() = default;
 QString MainWindow::missingRights()
 {
     const bool isStored = RegistryStore::instance().isWritable();
-    const bool isApplied = Dhclient::mayEdit();
+    const bool isApplied = ClientTools::mayEdit();
     if (isStored && isApplied)
         return QString();
     if (isStored)
@@ -120,7 +120,7 @@ void MainWindow::apply()
     container->validate();
     table->applyOptions(forceApply);
     QApplication::restoreOverrideCursor();
-    Dhclient::start();
+    ClientTools::start();
 }
 
 void MainWindow::applyAndQuit()

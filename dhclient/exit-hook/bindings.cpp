@@ -1,5 +1,6 @@
 #include "bindings.h"
 
+#include "clientfacts.h"
 #include "posix.h"
 #include "report.h"
 
@@ -13,11 +14,11 @@
 namespace {
 
 constexpr char Heading[] = "# interface, directory of its values, client that holds its lease\n";
-constexpr const char *Directories[] = {"eth0", "eth1"};
 
 bool isDirectory(const std::string &name)
 {
-    return std::find(std::begin(Directories), std::end(Directories), name) != std::end(Directories);
+    return std::find(std::begin(ClientFacts::ValueDirectories), std::end(ClientFacts::ValueDirectories), name)
+           != std::end(ClientFacts::ValueDirectories);
 }
 
 } // namespace
@@ -60,7 +61,7 @@ void Bindings::assignDirectory(const std::string &interface)
         }
         due = interface;
     }
-    for (const char *directory : Directories) {
+    for (const char *directory : ClientFacts::ValueDirectories) {
         if (due.empty() && isFree(directory))
             due = directory;
     }

@@ -1,5 +1,6 @@
 #include "client.h"
 
+#include "clientfacts.h"
 #include "procfs.h"
 
 #include <signal.h>
@@ -15,8 +16,9 @@ Client::Client(pid_t pid) : pid(pid)
 bool Client::isFromApply(const std::vector<std::string> &arguments)
 {
     // What the program found on the search path became the client's own name; what has clients ask again is no client.
-    return arguments.size() >= 2 && arguments[0].substr(arguments[0].rfind('/') + 1) == "dhclient" // npos + 1 is 0
-           && arguments[0] != "/usr/libexec/kiro-dhcp-mgr/dhclient" && arguments[1] == "-1"
+    return arguments.size() >= 2
+           && arguments[0].substr(arguments[0].rfind('/') + 1) == ClientFacts::Name // npos + 1 is 0
+           && arguments[0] != ClientFacts::Restarter && arguments[1] == ClientFacts::OnceArgument
            && std::none_of(arguments.begin() + 2, arguments.end(),
                            [](const std::string &name) { return name.empty() || name[0] == '-'; });
 }

@@ -1,5 +1,6 @@
 #include "leaseevent.h"
 
+#include "clientfacts.h"
 #include "posix.h"
 #include "procfs.h"
 #include "showntext.h"
@@ -29,17 +30,16 @@ constexpr std::string_view NotOptions[] = {"expiry",         "filename",    "ip_
                                            "network_number", "next_server", "server_name"};
 
 /// The option's name with dashes; empty when the variable does not begin so, or is not about an option.
-std::string fileName(const std::string &variable, const std::string &prefix)
+std::string optionOf(const std::string &variable, const std::string &prefix)
 {
     if (variable.compare(0, prefix.size(), prefix) != 0)
         return {};
-    std::string name = variable.substr(prefix.size());
+    const std::string name = variable.substr(prefix.size());
     const bool isOption = !name.empty() && std::isalnum(static_cast<unsigned char>(name.front()))
                           && std::all_of(name.begin(), name.end(),
                                          [](unsigned char c) { return std::isalnum(c) || c == '_'; })
                           && std::find(std::begin(NotOptions), std::end(NotOptions), name) == std::end(NotOptions);
-    std::replace(name.begin(), name.end(), '_', '-');
-    return isOption ? name : std::string();
+    return isOption ? ClientFacts::fileName(name) : std::string();
 }
 
 /// Whether no interface has the address. Unknown counts as no.
@@ -75,9 +75,9 @@ LeaseEvent LeaseEvent::fromEnvironment(const std::string &environment)
             event.pid = Procfs::parsePid(value);
         } else if (name == "new_ip_address") {
             address = value;
-        } else if (const std::string option = fileName(name, "new_"); !option.empty()) {
+        } else if (const std::string option = optionOf(name, "new_"); !option.empty()) {
             event.options[option] = shownText(value);
-        } else if (const std::string asked = fileName(name, "requested_"); !asked.empty()) {
+        } else if (const std::string asked = optionOf(name, "requested_"); !asked.empty()) {
             event.requested.insert(asked);
         }
     }

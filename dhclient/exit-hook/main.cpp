@@ -3,6 +3,7 @@
 
 #include "bindings.h"
 #include "client.h"
+#include "clientfacts.h"
 #include "leaseevent.h"
 #include "lockfile.h"
 #include "paths.h"
@@ -64,8 +65,8 @@ void dislodgeClientOfApply(const LeaseEvent &event)
     if (event.kind != LeaseEvent::Kind::Bound || Client::isFromApply(Procfs::arguments(event.pid))
         || !Client::anApplysAsksOn(event.interface))
         return;
-    std::string program = Paths::resolve("/usr/libexec/kiro-dhcp-mgr/dhclient");
-    std::string once = "-1";
+    std::string program = Paths::resolve(ClientFacts::Restarter);
+    std::string once = ClientFacts::OnceArgument;
     char *const arguments[] = {program.data(), once.data(), nullptr};
     pid_t pid = 0;
     if (::posix_spawn(&pid, program.c_str(), nullptr, nullptr, arguments, nullptr) == 0)
@@ -77,7 +78,7 @@ void run(const char *script)
     if (!Procfs::isOurs())
         throw std::runtime_error("/proc is not mounted, or shows another process namespace");
     const auto event = LeaseEvent::fromEnvironment(Procfs::read(Procfs::parsePid(script), "environ"));
-    const std::string directory = Paths::resolve("/var/lib/dhcp3/vars");
+    const std::string directory = Paths::resolve(ClientFacts::ValuesDirectory);
     Posix::makeDirectories(directory);
     Posix::Descriptor lock = Posix::lock(directory + "/.lock", LongestLock);
     const bool isRecorded = record(event, directory);

@@ -1,25 +1,17 @@
 #include "valuefiles.h"
 
+#include "clientfacts.h"
 #include "posix.h"
 #include "report.h"
 
 #include <syslog.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <filesystem>
 #include <system_error>
 
 namespace {
-
-/// One assignment. It is not for a shell: its reader removes exactly one pair of quotes, so quotes in the value need
-/// no escaping.
-std::string assignment(std::string name, const std::string &value)
-{
-    std::replace(name.begin(), name.end(), '-', '_');
-    return "new_" + name + "='" + value + "'\n";
-}
 
 bool isUpToDate(const std::string &path, const std::string &content)
 {
@@ -48,7 +40,7 @@ void writeValueFiles(const std::string &directory, const std::map<std::string, s
     }
     for (const auto &[name, value] : values) {
         const std::string path = directory + '/' + name;
-        const std::string content = assignment(name, value);
+        const std::string content = ClientFacts::assignment(name, value);
         try {
             if (!isUpToDate(path, content))
                 Posix::replaceFile(path, content, Posix::Replacement::Cached);

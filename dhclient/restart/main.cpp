@@ -4,6 +4,7 @@
 
 #include "addresses.h"
 #include "bindings.h"
+#include "clientfacts.h"
 #include "lockfile.h"
 #include "paths.h"
 #include "posix.h"
@@ -68,7 +69,8 @@ Names without(const Names &names, const Names &others)
 /// Those that the client of an earlier apply serves and that no other client takes.
 Names interfacesToServe(const RunningClient &earlier, const std::vector<RunningClient> &others)
 {
-    const auto held = Bindings(Paths::resolve("/var/lib/dhcp3/vars/.interfaces")).interfacesOf(earlier.client);
+    const auto held =
+        Bindings(Paths::resolve(ClientFacts::ValuesDirectory) + "/.interfaces").interfacesOf(earlier.client);
     const auto &served = held.empty() ? earlier.interfaces : held;
     Names taken = fixedInterfaces();
     for (const RunningClient &other : others) {
@@ -82,7 +84,7 @@ Names interfacesToServe(const RunningClient &earlier, const std::vector<RunningC
 
 std::vector<std::string> commandLine(const Names &interfaces)
 {
-    std::vector<std::string> words = {"dhclient", "-1"};
+    std::vector<std::string> words = {ClientFacts::Name, ClientFacts::OnceArgument};
     words.insert(words.end(), interfaces.begin(), interfaces.end());
     return words;
 }
@@ -138,7 +140,7 @@ int main(int /*argc*/, char *argv[])
 {
     ::openlog("kiro-dhcp-mgr", 0, LOG_DAEMON);
     if (::geteuid() != 0)
-        ::execv(ClientProgram, argv);
+        ::execv(ClientFacts::Program, argv);
     try {
         if (!Procfs::isOurs())
             throw std::runtime_error("/proc is not mounted, or shows another process namespace");

@@ -1,6 +1,7 @@
 #include "restart.h"
 
 #include "addresses.h"
+#include "clientfacts.h"
 #include "procfs.h"
 
 #include <fcntl.h>
@@ -130,7 +131,7 @@ void becomeClient(const std::vector<std::string> &commandLine)
     arguments.push_back(nullptr);
     char path[] = "PATH=/usr/sbin:/usr/bin:/sbin:/bin";
     char *const environment[] = {path, nullptr};
-    ::execve(ClientProgram, arguments.data(), environment);
+    ::execve(ClientFacts::Program, arguments.data(), environment);
 }
 
 std::string joined(const std::vector<std::string> &interfaces)

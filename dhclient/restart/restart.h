@@ -7,8 +7,6 @@
 #include <string>
 #include <vector>
 
-inline constexpr char ClientProgram[] = "/usr/sbin/dhclient";
-
 /// A client to start in the place of another.
 struct Restart
 {

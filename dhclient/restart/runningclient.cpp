@@ -1,5 +1,6 @@
 #include "runningclient.h"
 
+#include "clientfacts.h"
 #include "procfs.h"
 
 #include <unistd.h>
@@ -31,7 +32,7 @@ bool isClientOfThisMachine(pid_t pid)
 {
     const std::string program = Procfs::linkTarget(pid, "exe");
     const std::string_view path = std::string_view(program).substr(0, program.find(" (deleted)")); // by an upgrade
-    if (path != "/usr/sbin/dhclient" && path != "/sbin/dhclient")
+    if (path != ClientFacts::Program && path != "/sbin/dhclient")
         return false;
     for (const char *kind : {"net", "pid", "mnt", "user"}) {
         if (!Procfs::sharesNamespace(pid, kind))

@@ -1,5 +1,6 @@
-#include "dhclient.h"
+#include "clienttools.h"
 
+#include "clientfacts.h"
 #include "qtpaths.h"
 
 #include <QFileInfo>
@@ -9,8 +10,6 @@
 namespace {
 
 constexpr char ToolPath[] = "/usr/sbin/kiro-dhclient-edit";
-constexpr char ClientConfiguration[] = "/etc/dhcp/dhclient.conf";
-constexpr char ClientName[] = "dhclient";
 constexpr int PatienceMsecs = 2000;
 
 /// Where the client is looked up. Just before the machine's own stands a program of ours by its name, which has the
@@ -26,9 +25,9 @@ QStringList clientDirectories()
     }
     directories = qEnvironmentVariable("PATH").split(QLatin1Char(':'), Qt::SkipEmptyParts);
     for (int i = 0; i < directories.size(); ++i) {
-        const QFileInfo client(directories[i] + QLatin1Char('/') + QLatin1String(ClientName));
-        if (client.canonicalFilePath() == QLatin1String("/usr/sbin/dhclient")) {
-            directories.insert(i, QStringLiteral("/usr/libexec/kiro-dhcp-mgr"));
+        const QFileInfo client(directories[i] + QLatin1Char('/') + QLatin1String(ClientFacts::Name));
+        if (client.canonicalFilePath() == QLatin1String(ClientFacts::Program)) {
+            directories.insert(i, QLatin1String(ClientFacts::RestarterDirectory));
             break;
         }
     }
@@ -37,12 +36,12 @@ QStringList clientDirectories()
 
 } // namespace
 
-bool Dhclient::mayEdit()
+bool ClientTools::mayEdit()
 {
-    return Paths::isWritable(Paths::resolve(ClientConfiguration));
+    return Paths::isWritable(Paths::resolve(ClientFacts::Configuration));
 }
 
-void Dhclient::edit(const QStringList &commands, QObject *owner)
+void ClientTools::edit(const QStringList &commands, QObject *owner)
 {
     // Not a subclass of QProcess: Qt forks more slowly for those, which might do something in the child.
     auto *process = new QProcess(owner);
@@ -54,9 +53,9 @@ void Dhclient::edit(const QStringList &commands, QObject *owner)
     process->deleteLater();
 }
 
-void Dhclient::start()
+void ClientTools::start()
 {
-    const QString client = QStandardPaths::findExecutable(QLatin1String(ClientName), clientDirectories());
+    const QString client = QStandardPaths::findExecutable(QLatin1String(ClientFacts::Name), clientDirectories());
     if (!client.isEmpty())
-        QProcess::startDetached(client, {QStringLiteral("-1")});
+        QProcess::startDetached(client, {QLatin1String(ClientFacts::OnceArgument)});
 }

@@ -1,12 +1,12 @@
-#ifndef DHCLIENT_H
-#define DHCLIENT_H
+#ifndef CLIENTTOOLS_H
+#define CLIENTTOOLS_H
 
 #include <QStringList>
 
 class QObject;
 
 /// The DHCP client and the tool that edits its configuration, both programs of their own.
-namespace Dhclient {
+namespace ClientTools {
 
 /// Whether an edit tool that is started from here has the right to write the client's configuration.
 bool mayEdit();
@@ -18,6 +18,6 @@ void edit(const QStringList &commands, QObject *owner);
 /// Starts the client, detached. It reads the configuration as it is then.
 void start();
 
-} // namespace Dhclient
+} // namespace ClientTools
 
 #endif
