@@ -14,7 +14,6 @@
 #include <iostream>
 #include <memory>
 
-#include <malloc.h>
 #include <unistd.h>
 
 namespace {
@@ -35,8 +34,6 @@ DhcpApp::DhcpApp(bool updateMode, bool showAll, QObject *parent)
 {
     loadDefinitions();
     window = new MainWindow(options, updateMode);
-    // Sorting frees half a kilobyte for each option, which the C library would keep.
-    ::malloc_trim(0);
     if (updateMode)
         return;
     if (showAll)
