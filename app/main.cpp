@@ -25,6 +25,8 @@ void installSighupHandler()
 
 int main(int argc, char **argv)
 {
+    // A message that nobody reads any more, as after "| head", must not end an apply half-way.
+    std::signal(SIGPIPE, SIG_IGN);
     // Checked before the application object exists: it connects to the display, which an update run does not need and
     // may not have.
     const bool updateMode = std::any_of(argv + 1, argv + std::max(argc, 1), [](std::string_view argument) {

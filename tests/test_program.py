@@ -95,6 +95,14 @@ def test_faulty_definitions(root):
     assert outcome(start("--apply")) == (0, expected)
 
 
+def test_errors_that_nobody_reads(root):
+    define(root, "bad.xml", "<code>x</code>")
+    program = start("--apply")
+    program.stderr.close()
+    assert program.wait(PATIENCE) == 0
+    assert len(recorded(root, 2)) == 2
+
+
 def test_single_instance(root, request):
     first = start(QT_QPA_PLATFORM="offscreen", QT_LOGGING_RULES="qt.widgets.painting=true")
     request.addfinalizer(first.kill)
