@@ -27,11 +27,16 @@ int main(int argc, char **argv)
 {
     // A message that nobody reads any more, as after "| head", must not end an apply half-way.
     std::signal(SIGPIPE, SIG_IGN);
+    // Only ours reach Qt: its own load plugins from any directory, or open root's window on a port.
+    const auto isUnknown = [](std::string_view argument) {
+        return argument != "--update" && argument != "--apply" && argument != "--show-all";
+    };
+    argc = static_cast<int>(std::remove_if(argv + 1, argv + argc, isUnknown) - argv);
+    argv[argc] = nullptr;
     // Checked before the application object exists: it connects to the display, which an update run does not need and
     // may not have.
-    const bool updateMode = std::any_of(argv + 1, argv + std::max(argc, 1), [](std::string_view argument) {
-        return argument == "--update" || argument == "--apply";
-    });
+    const bool updateMode = std::any_of(argv + 1, argv + argc,
+                                        [](std::string_view argument) { return argument != "--show-all"; });
     VApplication::setHeadless(updateMode);
     VApplication application(argc, argv, true, true, true);
     application.exitIfRunning();

@@ -19,6 +19,8 @@ REGISTRY = "/var/lib/vorkan/registry.db"
 CUSTOM = "<code>200</code><linux-name>{0}</linux-name><name>Name of {0}</name><linux-type>text</linux-type>"
 PREDEFINED = "<linux-name>bar</linux-name><linux-predefined>yes</linux-predefined>"
 IGNORED = "Parse error, file ignored: FILE\n"
+NO_DISPLAY = "Cannot open the display: could not connect to display :4711"
+AS_ROOT = pytest.mark.skipif(os.geteuid() != 0, reason="for root only")
 FAILED = "DhcpOption: File parse failed for FILE\n" + IGNORED
 
 
@@ -61,14 +63,14 @@ def outcome(program):
 
 def test_update_without_display(root, registry):
     display = {"DISPLAY": ":4711", "QT_QPA_PLATFORM": "xcb", "QT_QPA_PLATFORMTHEME": "gtk3", "QT_STYLE_OVERRIDE": "x"}
-    assert outcome(start("--show-all", "x", "--update", **display)) == (0, "")
+    assert outcome(start("--show-all", "-style", "--update", **display)) == (0, "")
     assert recorded(root, 2) == ["dhclient|-1", "kiro-dhclient-edit|--add-new-option|foo 200 text|--add-request|foo"]
     assert ("root/DHCP/Req_foo", 10, "1") in registry.execute("SELECT * FROM entry")
 
 
 @pytest.mark.parametrize("arguments, environment, complaint", [
-    ("--Apply --apply=yes -apply", {"DISPLAY": ":4711"}, "Cannot open the display: could not connect to display :4711"),
-    ("", {"QT_QPA_PLATFORM": "none"}, 'Cannot open the display: Could not find the Qt platform plugin "none" in ""'),
+    ("--Apply --apply=yes -apply -platform vnc", {"DISPLAY": ":4711"}, NO_DISPLAY),
+    pytest.param("", {"DISPLAY": ":4711", "QT_QPA_PLATFORM": "vnc"}, NO_DISPLAY, marks=AS_ROOT),
     ("--apply", {"KIRO_DHCP_MGR_ROOT": "/none"}, "Cannot read config directory /none/usr/share/kiro-dhcp-mgr"),
 ])
 def test_start_refused(root, registry, arguments, environment, complaint):

@@ -48,9 +48,23 @@ void handleMessage(QtMsgType type, const QMessageLogContext &context, const QStr
     }
 }
 
+/// The caller of a program that runs as root must not have it load plugins of the caller's, nor serve its window on a
+/// port, as the "vnc" platform does.
+void distrustEnvironment()
+{
+    qunsetenv("QT_PLUGIN_PATH");
+    qunsetenv("QT_QPA_PLATFORM_PLUGIN_PATH");
+    const QByteArray platform = qgetenv("QT_QPA_PLATFORM");
+    const auto trusted = {"xcb", "wayland", "offscreen", "minimal"};
+    if (std::find(trusted.begin(), trusted.end(), platform) == trusted.end())
+        qunsetenv("QT_QPA_PLATFORM");
+}
+
 /// The environment for the application object that is about to be made, and the handler for what Qt says meanwhile.
 int &prepared(int &argc, bool guardDisplay, bool light)
 {
+    if (::geteuid() == 0)
+        distrustEnvironment();
     if (headlessRequested) {
         qputenv("QT_QPA_PLATFORM", "minimal");
         // Some themes and styles connect to a display whatever the platform is.
