@@ -29,8 +29,7 @@ def test_definitions(root):
         for translated in ("name", "description"):
             texts = ElementTree.parse(path).findall(translated)
             assert {text.get("lang") for text in texts} == {"en", "de", "fr", "es"}, path.name
-    # The client has a name of its own for 114, but not for what that means today.
-    assert len({(option.code, option.predefined) for option in OPTIONS}) == len(OPTIONS)
+    assert len({option.code for option in OPTIONS}) == len(OPTIONS)
     # What Debian's dhclient.conf requests, no more and no less.
     requested = {option.name for option in OPTIONS if option.requested}
     assert requested == set("""subnet-mask broadcast-address time-offset routers domain-name domain-name-servers
@@ -68,17 +67,3 @@ def test_codes_on_the_wire(root, client):
                 file.write(f"supersede {option.name} {literal(option)};\n")
     assert client.complaints(conf) == []
     assert client.requests(conf)["eth0"] == {option.code for option in OPTIONS}
-
-
-def test_names_of_client(tmp_path, client):
-    """The client knows no other name: it takes no other word of its program in a request."""
-    # The linker lets a string share another's end. The client takes unknown-N for a number.
-    words = re.findall(rb"(?!unknown-)(?=([a-z][a-z0-9-]+)\0)", Path(client.program).read_bytes())
-    words = sorted({word.decode() for word in words} - {option.name for option in OPTIONS if option.predefined})
-    conf = tmp_path / "conf"
-    taken = []
-    for first in range(0, len(words), 200):  # in pieces whose complaints fit
-        conf.write_text("".join(f"also request {word};\n" for word in words[first:first + 200]))
-        refused = {int(line) for line in re.findall(r"/conf line (\d+): ", "\n".join(client.complaints(conf)))}
-        taken += [word for line, word in enumerate(words[first:first + 200], 1) if line not in refused]
-    assert taken == []
