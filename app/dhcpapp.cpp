@@ -1,31 +1,15 @@
 #include "dhcpapp.h"
 
-#include "dhcpoption.h"
+#include "definitions.h"
 #include "dhcptable.h"
 #include "mainwindow.h"
-#include "qtpaths.h"
 #include "sighup.h"
-#include "vorkanclient.h"
 
-#include <QDir>
 #include <QSocketNotifier>
 
 #include <cstdlib>
-#include <iostream>
-#include <memory>
 
 #include <unistd.h>
-
-namespace {
-
-constexpr char definitionDirectory[] = "/usr/share/kiro-dhcp-mgr";
-
-void report(const char *what, const QString &path)
-{
-    std::cerr << what << path.toStdString() << std::endl;
-}
-
-} // namespace
 
 DhcpApp::DhcpApp(bool updateMode, bool showAll, QObject *parent)
     : QObject(parent)
@@ -51,36 +35,10 @@ DhcpApp::~DhcpApp()
 
 void DhcpApp::loadDefinitions()
 {
-    const QDir directory(Paths::resolved(definitionDirectory));
-    if (!directory.exists()) {
-        report("Cannot read config directory ", directory.path());
+    const Definitions definitions = Definitions::load();
+    if (definitions.isDirectoryMissing)
         std::exit(1);
-    }
-    // The records look up their entries with clients of their own; within this one's life they share a view of the
-    // registry. Without it the load takes a fifth longer.
-    const VorkanClient registry;
-    const QStringList names = directory.entryList({QStringLiteral("*.xml")});
-    for (const QString &name : names)
-        loadDefinition(directory.path() + QLatin1Char('/') + name);
-}
-
-void DhcpApp::loadDefinition(const QString &path)
-{
-    std::unique_ptr<DhcpOption> option;
-    try {
-        option = std::make_unique<DhcpOption>(path, nullptr);
-    } catch (DhcpOption::ExceptionType reason) {
-        report(reason == DhcpOption::FileNotReadable   ? "DhcpOption: File not readable for "
-               : reason == DhcpOption::FileParseFailed ? "DhcpOption: File parse failed for "
-                                                       : "DhcpOption: Unknown exception for ",
-               path);
-    } catch (...) {
-        report("Unexpected exception from DhcpOption for ", path);
-    }
-    if (option && option->code != 0 && !option->localizedText(QString(), option->names).isEmpty())
-        options.append(option.release());
-    else
-        report("Parse error, file ignored: ", path);
+    options = definitions.options;
 }
 
 void DhcpApp::armSighupRefresh()

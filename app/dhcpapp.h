@@ -8,18 +8,16 @@ class DhcpOption;
 class MainWindow;
 class QSocketNotifier;
 
-/// The application: holds the option records and the main window for the whole run.
+/// What the program consists of besides Qt's own application object: option records, window, refresh.
 class DhcpApp : public QObject
 {
     Q_OBJECT
 
 public:
-    /// Loads every option definition, reporting and skipping those that fail, and builds the window hidden. Ends
-    /// the process with status 1 when there is no definition directory. An interactive run (no `updateMode`) is armed
-    /// to refresh the current values on SIGHUP, once the handler is installed; `showAll` opens it in the view of all
-    /// options.
+    /// Ends the process with status 1 where no definitions are installed. The window is not shown. `showAll` opens it
+    /// with all options, and without `updateMode` a SIGHUP refreshes it as soon as the handler is installed.
     DhcpApp(bool updateMode, bool showAll, QObject *parent = nullptr);
-    /// Hands the window to deferred deletion. The records are not deleted.
+    /// Leaves the records, since edit tools that still run belong to them.
     ~DhcpApp() override;
 
     MainWindow *mainWindow() const { return window; }
@@ -32,7 +30,6 @@ private:
     Q_DISABLE_COPY(DhcpApp)
 
     void loadDefinitions();
-    void loadDefinition(const QString &path);
     void armSighupRefresh();
 
     MainWindow *window = nullptr;

@@ -1,9 +1,8 @@
 #ifndef SIGHUP_H
 #define SIGHUP_H
 
-/// The socket pair through which the SIGHUP handler wakes the event loop: the handler writes to entry 0, the
-/// application object reads from entry 1. Both are 0 until makeSighupSockets() has made the pair; they stay open
-/// until the process ends.
+/// A signal handler may do next to nothing, so it writes a byte to entry 0, and the event loop reads it from entry 1.
+/// 0 as long as there are none.
 extern int sighupSockets[2];
 
 /// Makes the pair. False when that failed.

@@ -8,6 +8,7 @@
 #include <QXmlInputSource>
 #include <QXmlSimpleReader>
 
+#include <filesystem>
 #include <iostream>
 
 DhcpOption::DhcpOption(const QString &fileName, QObject *parent) : QObject(parent)
@@ -35,7 +36,9 @@ void DhcpOption::loadDefinition(const QString &fileName)
 bool DhcpOption::parseFile(const QString &fileName)
 {
     QFile file(fileName);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
+    // A pipe would keep the start waiting for its other end.
+    if (std::filesystem::is_fifo(QFile::encodeName(fileName).toStdString())
+        || !file.open(QIODevice::ReadOnly | QIODevice::Text))
         throw FileNotReadable;
     QXmlInputSource source(&file);
     QXmlSimpleReader reader;

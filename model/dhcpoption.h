@@ -5,6 +5,7 @@
 
 #include <QHash>
 #include <QObject>
+#include <QStringList>
 
 /// One DHCP option: its definition, the user's stored choices, and the value that the client last received.
 ///
@@ -37,6 +38,9 @@ public:
 
     /// Reads again the value that the client last received.
     void readCurrentValue();
+
+    /// The edit tool's arguments that bring the option into the client's configuration, or out of it.
+    QStringList editCommands(bool requested) const;
 
     /// Applies the requested state and the code in effect to the client's configuration. Waits for the edit tool
     /// for 2 s at most; whether it succeeded is not reported. True when a stored code was written to the registry:

@@ -4,35 +4,31 @@
 
 #include "clienttools.h"
 
+QStringList DhcpOption::editCommands(bool requested) const
+{
+    const QString addNewOption = QStringLiteral("--add-new-option");
+    const QString deleteNewOption = QStringLiteral("--del-new-option");
+    QStringList commands;
+    if (!linuxPredefined) {
+        // The client's configuration may have the definition's code, or the one that was applied last.
+        if (code != standardCode)
+            commands << deleteNewOption << newOptionSpec(standardCode);
+        if (appliedCode != code)
+            commands << deleteNewOption << newOptionSpec(appliedCode);
+        commands << (requested ? addNewOption : deleteNewOption) << newOptionSpec(code);
+    }
+    return commands << (requested ? QStringLiteral("--add-request") : QStringLiteral("--del-request")) << linuxName;
+}
+
 bool DhcpOption::applyToClient(bool requested)
 {
     if (dhcpClass != Normal && dhcpClass != AlwaysOn)
         return false;
-
-    const QString addRequest = QStringLiteral("--add-request");
-    const QString deleteRequest = QStringLiteral("--del-request");
-    const QString addNewOption = QStringLiteral("--add-new-option");
-    const QString deleteNewOption = QStringLiteral("--del-new-option");
-
-    QStringList arguments;
-    bool storedCodeWritten = false;
-    if (!linuxPredefined) {
-        // The client's configuration may have the definition's code, or the one that was applied last.
-        if (code != standardCode)
-            arguments << deleteNewOption << newOptionSpec(standardCode);
-        if (appliedCode != code)
-            arguments << deleteNewOption << newOptionSpec(appliedCode);
-        arguments << (requested ? addNewOption : deleteNewOption) << newOptionSpec(code);
-        if (code != standardCode) {
-            writeStoredCode();
-            storedCodeWritten = true;
-        }
-    }
-    arguments << (requested ? addRequest : deleteRequest) << linuxName;
-
-    ClientTools::edit(arguments, this);
-
+    const bool storesCode = !linuxPredefined && code != standardCode;
+    if (storesCode)
+        writeStoredCode();
+    ClientTools::edit(editCommands(requested), this);
     appliedRequested = requested;
     appliedCode = code;
-    return storedCodeWritten;
+    return storesCode;
 }

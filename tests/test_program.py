@@ -97,6 +97,14 @@ def test_faulty_definitions(root):
     assert outcome(start("--apply")) == (0, expected)
 
 
+def test_definition_that_leads_to_a_pipe_does_not_stop_the_start(root):
+    os.mkfifo(root.path("/pipe"))
+    link = root.path(f"{DEFINITIONS}/link.xml")
+    link.symlink_to("../../../pipe")
+    assert outcome(start("--apply")) == (0, f"DhcpOption: File not readable for {link}\n"
+                                            f"Parse error, file ignored: {link}\n")
+
+
 def test_errors_that_nobody_reads(root):
     define(root, "bad.xml", "<code>x</code>")
     program = start("--apply")

@@ -57,7 +57,7 @@ std::optional<RegistryStore::Entry> RegistryStore::find(const QString &key)
 {
     const auto change = pending.constFind(key);
     if (change != pending.constEnd())
-        return change->entry;
+        return change->removed ? std::nullopt : std::optional(change->entry);
     try {
         if (!openForReading())
             return std::nullopt;
@@ -87,6 +87,11 @@ bool RegistryStore::set(const QString &key, const QString &value)
     entry->value = value;
     pending.insert(key, Change{*entry, true});
     return true;
+}
+
+void RegistryStore::remove(const QString &key)
+{
+    pending.insert(key, Change{{}, false, true});
 }
 
 bool RegistryStore::commit()
@@ -145,7 +150,6 @@ void RegistryStore::open()
     // Not created here: a reader must not make an empty file. SQLite itself falls back to read-only access if the file
     // cannot be written.
     database.emplace(path, SQLite::OPEN_READWRITE, static_cast<int>(patience.count()));
-    database->exec("PRAGMA cache_size = -128");
     struct stat status = {};
     ::stat(path.c_str(), &status);
     device = status.st_dev;
@@ -198,9 +202,16 @@ void RegistryStore::write()
     // empty one that was only created does not.
     SQLite::Statement insert(*database, "INSERT OR IGNORE INTO entry(key, type, value) VALUES(?1, ?2, ?3)");
     SQLite::Statement update(*database, "UPDATE entry SET value = ?2 WHERE key = ?1");
+    SQLite::Statement erase(*database, "DELETE FROM entry WHERE key = ?1");
     for (auto change = pending.cbegin(); change != pending.cend(); ++change) {
         const std::string key = change.key().toStdString();
         const std::string value = change->entry.value.toStdString();
+        if (change->removed) {
+            erase.bind(1, key);
+            erase.exec();
+            erase.reset();
+            continue;
+        }
         SQLite::bind(insert, key, change->entry.type, value);
         insert.exec();
         insert.reset();

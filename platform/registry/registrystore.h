@@ -44,6 +44,7 @@ public:
     std::optional<Entry> find(const QString &key);
     void create(const QString &key, quint32 type);
     bool set(const QString &key, const QString &value);
+    void remove(const QString &key);
     /// See VorkanClient::commit().
     bool commit();
 
@@ -60,6 +61,7 @@ private:
     {
         Entry entry;
         bool valueSet = false;
+        bool removed = false;
     };
 
     bool openForReading();

@@ -8,21 +8,19 @@
 /// Name of the registry's root; every key begins with it. Keys are slash-separated.
 inline constexpr char VorkanRootName[] = "root";
 
-/// Names of the entry types, comma-separated, in the order of their numbers from 0.
-inline constexpr char VorkanTypeNames[] = "string,rc4,uuid,char,ipv4,ipv6,ipaddr,number,float,date,bool";
+/// The entry types that are used here, by their numbers in the file.
 inline constexpr quint32 VorkanNumberType = 7;
 inline constexpr quint32 VorkanBoolType = 10; ///< texts "1" and "0"
 
-// The two records carry the names under which the registry's interface declares them.
 // NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
 
-/// Type of an entry: its position in VorkanTypeNames.
+/// Type of an entry.
 struct _RegEntryType
 {
     quint32 type = 0;
 };
 
-/// Parameters of a read or a write; there are none yet, so it is always zero.
+/// Parameters of a read or a write; there are none yet.
 struct _RegEntryParam
 {
     quint32 flags = 0;

@@ -22,3 +22,9 @@ int VorkanClient::commit(const QString & /*path*/)
 {
     return RegistryStore::instance().commit() ? 0 : 1;
 }
+
+int VorkanClient::remove(const QString &key)
+{
+    RegistryStore::instance().remove(key);
+    return 0;
+}

@@ -3,12 +3,11 @@
 
 #include "vorkan.h"
 
-/// A client of the configuration registry, made for one group of calls and dropped after it.
+/// The writing side of the configuration registry.
 ///
-/// A client costs next to nothing: all of them share one connection per process. What create() and set() change
-/// is pending in the process, visible to later reads through any client, until commit() writes it. A registry
-/// that cannot be read is named once on standard error and counts as empty from then on; nothing is written to
-/// it. Use on one thread only.
+/// Make one wherever it is needed: all share one connection. What create(), set() and remove() change is pending in the
+/// process, visible to later reads through any client, until commit() writes it. A registry that cannot be read is
+/// reported once and counts as empty from then on; nothing is written to it. Use on one thread only.
 class VorkanClient : public Vorkan
 {
 public:
@@ -20,6 +19,9 @@ public:
 
     /// Gives an existing entry a new text. Returns 0, or non-zero when there is no such entry.
     int set(const QString &key, const QString &value, const _RegEntryParam &param);
+
+    /// Takes the entry away, if there is one. Returns 0.
+    int remove(const QString &key);
 
     /// Writes all pending changes in one durable transaction, whatever the path, which is empty so far. Returns 0;
     /// otherwise nothing was written, the reason went to standard error and the changes stay pending.
