@@ -5,6 +5,7 @@
 #include "vorkanclient.h"
 
 #include <QStringList>
+#include <QTimer>
 
 #include <algorithm>
 #include <csignal>
@@ -42,9 +43,9 @@ int main(int argc, char **argv)
     application.exitIfRunning();
     const bool showAll = QCoreApplication::arguments().mid(1).contains(QLatin1String("--show-all"));
 
-    // Whoever locks the registry will release it at some point, and nobody is waiting at a screen.
-    if (updateMode)
-        VorkanClient::setPatience(std::chrono::minutes(1));
+    // Whoever locks the registry will release it at some point; a window, though, is waited for, and read and commit
+    // come before it.
+    VorkanClient::setPatience(updateMode ? std::chrono::minutes(1) : std::chrono::milliseconds(700));
     DhcpApp app(updateMode, showAll);
     installSighupHandler();
     if (app.isUpdateRun()) {
@@ -54,5 +55,7 @@ int main(int argc, char **argv)
         return 0;
     }
     app.mainWindow()->setVisible(true);
+    VorkanClient::setPatience(std::chrono::seconds(10));
+    QTimer::singleShot(0, app.mainWindow(), &MainWindow::examineMachine);
     return QApplication::exec();
 }

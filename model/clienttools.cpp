@@ -53,6 +53,20 @@ void ClientTools::edit(const QStringList &commands, QObject *owner)
     process->deleteLater();
 }
 
+void ClientTools::check(QObject *owner, const std::function<void(const QString &)> &report)
+{
+    auto *process = new QProcess(owner);
+    process->setStandardOutputFile(QProcess::nullDevice());
+    QObject::connect(process, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), owner,
+                     [process, report](int status, QProcess::ExitStatus kind) {
+                         if (kind == QProcess::NormalExit && status == 1)
+                             report(
+                                 QString::fromUtf8(process->readAllStandardError()).section(QLatin1Char('\n'), 0, 0));
+                         process->deleteLater();
+                     });
+    process->start(Paths::resolved(ToolPath), {}, QIODevice::ReadOnly);
+}
+
 void ClientTools::start()
 {
     const QString client = QStandardPaths::findExecutable(QLatin1String(ClientFacts::Name), clientDirectories());

@@ -13,7 +13,7 @@ from trial import PATIENCE, eventually
 
 TOOL = "/usr/sbin/kiro-dhclient-edit"
 CLIENT = "/usr/sbin/dhclient"
-RECORDER = '#!/bin/sh\n{}\nIFS="|"; echo "${{0##*/}}|$*" >>$KIRO_DHCP_MGR_ROOT/recorded\n'
+RECORDER = '#!/bin/sh\ntest $# -gt 0 || exit 0\n{}\nIFS="|"; echo "${{0##*/}}|$*" >>$KIRO_DHCP_MGR_ROOT/recorded\n'
 DEFINITIONS = "/usr/share/kiro-dhcp-mgr"
 REGISTRY = "/var/lib/vorkan/registry.db"
 CUSTOM = "<code>200</code><linux-name>{0}</linux-name><name>Name of {0}</name><linux-type>text</linux-type>"

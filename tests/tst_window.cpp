@@ -220,7 +220,51 @@ private slots:
         }
     }
 
+    void noteNamesManagersAndFault()
+    {
+        root.write("/proc/7/comm", "NetworkManager\n");
+        root.write("/proc/8/comm", "dhcpcd\n");
+        for (const auto &[name, flags, index, isManaged] :
+             {std::tuple("eth0", "0x1003", "1", "true"), // up, and can broadcast
+              {"eth1", "0x1003", "2", "false"},
+              {"eth2", "0x1002", "3", "true"}, // down
+              {"lo", "0x9", "4", "true"}}) {
+            root.write(QString("/sys/class/net/%1/flags").arg(name), flags);
+            root.write(QString("/sys/class/net/%1/ifindex").arg(name), index);
+            root.write(QString("/run/NetworkManager/devices/%1").arg(index), QByteArray("managed=") + isManaged);
+        }
+        open({"a 1"});
+        root.installRecorder("/usr/sbin/kiro-dhclient-edit", "echo 'line 5: <b>' >&2; echo more >&2; exit 1");
+        window->examineMachine();
+        const QString note =
+            "NetworkManager manages eth0 with a DHCP client of its own: choices have no effect there.\n"
+            "dhcpcd is running: choices have no effect on the interfaces that it manages.\n"
+            "Nothing is applied until this is corrected: line 5: <b>";
+        QVERIFY(eventually([&] { return shows(note); }));
+    }
+
+    /// The last one: a registry that could not be read is not read again.
+    void unknownChoicesAreNotApplied()
+    {
+        root.write("/var/lib/vorkan/registry.db", QByteArray(2000, '#'));
+        open({"a 1"});
+        QVERIFY(
+            shows("The stored choices cannot be read (file is not a database). What the window shows may differ from "
+                  "them; nothing is stored or applied until the program is started again."));
+        click(0, RequestedColumn);
+        window->apply();
+        QCOMPARE(root.recorded(1), QStringList("dhclient|-1"));
+    }
+
 private:
+    bool shows(const QString &note) const
+    {
+        const QList<QLabel *> labels = window->findChildren<QLabel *>();
+        return std::any_of(labels.begin(), labels.end(), [&](const QLabel *label) {
+            return label->text() == note && label->textFormat() == Qt::PlainText && label->isVisible();
+        });
+    }
+
     /// The text of the box that opens while `act` runs, and of each line the first word and what is bold; empty without
     /// a box. Each opens over the middle of the window, with its title and icon.
     QString boxOpenedBy(const std::function<void()> &act)

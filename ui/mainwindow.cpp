@@ -4,9 +4,11 @@
 #include "configurationpageheader.h"
 #include "dhcpoption.h"
 #include "dhcptable.h"
+#include "networkmanagers.h"
 #include "registrystore.h"
 #include "vapplyokcancelpanel.h"
 #include "vgui.h"
+#include "vorkanclient.h"
 #include "vwidgetcontainer.h"
 
 #include "qtpaths.h"
@@ -17,6 +19,11 @@
 #include <QLabel>
 #include <QPixmap>
 #include <QVBoxLayout>
+
+#include <cerrno>
+#include <cstring>
+
+#include <unistd.h>
 
 namespace {
 
@@ -45,9 +52,9 @@ MainWindow::MainWindow(const QList<DhcpOption *> &options, bool forceApply, QWid
     gui = new VGui(DhcpOption::registryBranch(), this);
     header = new ConfigurationPageHeader(title, true, nullptr);
     header->setTitleIcon(windowPixmap());
-    header->setNote(missingRights());
     panel = new VApplyOkCancelPanel(QFlags<VApplyOkCancelPanel::Button>(AllButtons), this);
     table = new DhcpTable(options, gui, container, ShowCustom, this);
+    showNote(); // the table has read the choices
 
     viewSelector = new QComboBox;
     viewSelector->setAccessibleName(tr("Options to show"));
@@ -92,18 +99,50 @@ MainWindow::MainWindow(const QList<DhcpOption *> &options, bool forceApply, QWid
 
 MainWindow::~MainWindow() = default;
 
-/// What the user's rights do not allow; empty when they do.
+/// What the user cannot do here, and why; empty without an obstacle.
 QString MainWindow::missingRights()
 {
+    int reason = 0;
     const bool isStored = RegistryStore::instance().isWritable();
+    if (!isStored)
+        reason = errno;
     const bool isApplied = ClientTools::mayEdit();
-    if (isStored && isApplied)
+    if (!isApplied)
+        reason = errno;
+    if (reason == 0)
         return QString();
-    if (isStored)
-        return tr("Without the rights of root, choices are stored but not applied to the DHCP client.");
-    if (isApplied)
-        return tr("Without the rights of root, choices are applied to the DHCP client but not stored.");
-    return tr("Without the rights of root, choices are neither stored nor applied to the DHCP client.");
+    const QString effect = isStored    ? tr("choices are stored but not applied.")
+                           : isApplied ? tr("choices are applied but not stored.")
+                                       : tr("choices are neither stored nor applied.");
+    if (reason == EACCES && ::geteuid() != 0)
+        return tr("Without root privileges, %1 Start the program from the menu or with sudo.").arg(effect);
+    return tr("%1: %2", "First arg is the system's reason; second is one of the texts above")
+        .arg(QString::fromLocal8Bit(std::strerror(reason)), effect);
+}
+
+void MainWindow::showNote()
+{
+    const RegistryStore &registry = RegistryStore::instance();
+    QStringList lines = findings;
+    if (!registry.isReadable())
+        lines.prepend(
+            tr("The stored choices cannot be read (%1). What the window shows may differ from them; nothing is "
+               "stored or applied until the program is started again.")
+                .arg(QString::fromStdString(registry.whyUnreadable())));
+    else
+        lines.prepend(missingRights());
+    lines.removeAll(QString());
+    header->setNote(lines.join(QLatin1Char('\n')));
+}
+
+void MainWindow::examineMachine()
+{
+    findings = NetworkManagers::atWork();
+    showNote();
+    ClientTools::check(this, [this](const QString &fault) {
+        findings << tr("Nothing is applied until this is corrected: %1").arg(fault);
+        showNote();
+    });
 }
 
 void MainWindow::selectView(int mode)
@@ -118,9 +157,12 @@ void MainWindow::apply()
     if (isVisible())
         QApplication::setOverrideCursor(Qt::WaitCursor);
     container->validate();
-    table->applyOptions(forceApply);
+    // What is shown must not replace choices that are unknown.
+    if (VorkanClient::isReadable())
+        table->applyOptions(forceApply);
     QApplication::restoreOverrideCursor();
     ClientTools::start();
+    showNote();
 }
 
 void MainWindow::applyAndQuit()

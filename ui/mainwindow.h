@@ -28,6 +28,10 @@ public:
 
     DhcpTable *optionTable() const { return table; }
 
+    /// Adds to the header's note what keeps choices from taking effect on this machine: other network managers, and a
+    /// fault in the client's configuration, which comes later. For a window that is shown.
+    void examineMachine();
+
     /// Selects a view as the user does with the view selector.
     void selectView(int mode);
 
@@ -43,10 +47,12 @@ private:
     Q_DISABLE_COPY(MainWindow)
 
     static QString missingRights();
+    void showNote();
 
     QList<DhcpOption *> options;
     bool forceApply;
     QString title;
+    QStringList findings;
     VGui *gui;
     VWidgetContainer *container;
     ConfigurationPageHeader *header;

@@ -27,6 +27,7 @@ ConfigurationPageHeader::ConfigurationPageHeader(const QString &title, bool rule
     titleLabel->setFont(font);
     icon->hide();
     note->setWordWrap(true);
+    note->setTextFormat(Qt::PlainText);
     note->hide();
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
 

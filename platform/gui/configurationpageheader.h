@@ -16,7 +16,7 @@ public:
 
     /// A null pixmap leaves the header without an icon.
     void setTitleIcon(const QPixmap &pixmap);
-    /// A line below the title; an empty text leaves none.
+    /// Plain text below the title; an empty one leaves no room.
     void setNote(const QString &text);
 
 private:

@@ -30,6 +30,12 @@ RegistryStore &RegistryStore::instance()
 
 RegistryStore::RegistryStore(std::string path) : path(std::move(path)) {}
 
+void RegistryStore::setPatience(std::chrono::milliseconds duration)
+{
+    patience = duration;
+    close(); // a connection keeps the patience that it was opened with
+}
+
 void RegistryStore::holdView()
 {
     ++viewHolders;
@@ -98,7 +104,7 @@ bool RegistryStore::commit()
 {
     if (pending.isEmpty())
         return true;
-    if (!readable)
+    if (!isReadable())
         return false;
     try {
         write();
@@ -122,7 +128,7 @@ bool RegistryStore::isWritable() const
 /// False when there is nothing to read: no file, no table, or a store that was given up.
 bool RegistryStore::openForReading()
 {
-    if (!readable)
+    if (!isReadable())
         return false;
     if (inView)
         return true;
@@ -238,7 +244,7 @@ std::string RegistryStore::reasonOf(const SQLite::Exception &error) const
 void RegistryStore::giveUp(const std::string &reason)
 {
     report("Cannot read registry ", reason + "; the stored choices are unknown, and nothing is stored");
-    readable = false;
+    readError = reason;
     close();
 }
 

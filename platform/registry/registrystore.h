@@ -33,8 +33,8 @@ public:
 
     explicit RegistryStore(std::string path);
 
-    /// How long a read or a commit waits for another process that holds a lock, from the first one on.
-    void setPatience(std::chrono::milliseconds duration) { patience = duration; }
+    /// How long reads and commits wait for a lock, from the next one on.
+    void setPatience(std::chrono::milliseconds duration);
 
     /// Between these two, which nest, all reads see the same state of the file. A commit begins a new one.
     void holdView();
@@ -52,7 +52,9 @@ public:
     bool isWritable() const;
     /// False once an entry could not be read. What it holds is unknown then: a default that is written over it could
     /// lose somebody's choice, so nothing is read or written any more.
-    bool isReadable() const { return readable; }
+    bool isReadable() const { return readError.empty(); }
+    /// Why an entry could not be read; empty while none failed.
+    const std::string &whyUnreadable() const { return readError; }
 
 private:
     Q_DISABLE_COPY(RegistryStore)
@@ -85,7 +87,7 @@ private:
     dev_t device = 0;
     ino_t inode = 0;
     QMap<QString, Change> pending;
-    bool readable = true;
+    std::string readError;
     std::string lastReport;
 };
 
