@@ -8,16 +8,18 @@ class DhcpOption;
 class MainWindow;
 class QSocketNotifier;
 
-/// What the program consists of besides Qt's own application object: option records, window, refresh.
+/// What the program consists of once it has started: the options, and the window over them.
 class DhcpApp : public QObject
 {
     Q_OBJECT
 
 public:
-    /// Ends the process with status 1 where no definitions are installed. The window is not shown. `showAll` opens it
-    /// with all options, and without `updateMode` a SIGHUP refreshes it as soon as the handler is installed.
+    /// Does all that can be done before the handler of SIGHUP is installed and the window is shown. A definition that
+    /// cannot be used costs a line on standard error, a missing directory of definitions the process (status 1).
+    /// `updateMode` is for a run that nobody sees: it takes no SIGHUP, and each apply takes every option. `showAll`
+    /// selects the view of all options.
     DhcpApp(bool updateMode, bool showAll, QObject *parent = nullptr);
-    /// Leaves the records, since edit tools that still run belong to them.
+    /// For the end of the process only: the window and the records are left to it.
     ~DhcpApp() override;
 
     MainWindow *mainWindow() const { return window; }
@@ -30,6 +32,7 @@ private:
     Q_DISABLE_COPY(DhcpApp)
 
     void loadDefinitions();
+    void loadDefinition(const QString &path);
     void armSighupRefresh();
 
     MainWindow *window = nullptr;

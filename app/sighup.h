@@ -1,14 +1,14 @@
 #ifndef SIGHUP_H
 #define SIGHUP_H
 
-/// A signal handler may do next to nothing, so it writes a byte to entry 0, and the event loop reads it from entry 1.
-/// 0 as long as there are none.
+/// A signal handler may call next to nothing, so SIGHUP reaches the event loop as a byte: in at the first socket, out at
+/// the second. Both are 0 without a pair.
 extern int sighupSockets[2];
 
-/// Makes the pair. False when that failed.
+/// False if the system has no sockets left.
 bool makeSighupSockets();
 
-/// The handler. Without a pair it does nothing, so that the signal is ignored.
+/// For sigaction(2). Without a pair it ignores the signal.
 void sighupHandler(int signalNumber);
 
 #endif
