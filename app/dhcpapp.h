@@ -32,7 +32,6 @@ private:
     Q_DISABLE_COPY(DhcpApp)
 
     void loadDefinitions();
-    void loadDefinition(const QString &path);
     void armSighupRefresh();
 
     MainWindow *window = nullptr;

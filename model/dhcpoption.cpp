@@ -4,11 +4,11 @@
 #include "words.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QLocale>
 #include <QXmlInputSource>
 #include <QXmlSimpleReader>
 
-#include <filesystem>
 #include <iostream>
 
 DhcpOption::DhcpOption(const QString &fileName, QObject *parent) : QObject(parent)
@@ -36,9 +36,8 @@ void DhcpOption::loadDefinition(const QString &fileName)
 bool DhcpOption::parseFile(const QString &fileName)
 {
     QFile file(fileName);
-    // A pipe would keep the start waiting for its other end.
-    if (std::filesystem::is_fifo(QFile::encodeName(fileName).toStdString())
-        || !file.open(QIODevice::ReadOnly | QIODevice::Text))
+    // A pipe or a terminal would keep the start waiting.
+    if (!QFileInfo(fileName).isFile() || !file.open(QIODevice::ReadOnly | QIODevice::Text))
         throw FileNotReadable;
     QXmlInputSource source(&file);
     QXmlSimpleReader reader;
