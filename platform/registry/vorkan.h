@@ -44,8 +44,8 @@ public:
 
     /// False once the registry could not be read: what looks like a missing entry may be one that somebody set.
     static bool isReadable();
-    /// How long to wait, from the next read or commit on, where another process keeps the registry locked; 10 s until it
-    /// is called.
+    /// How long to wait, from the next read or commit on, where another process keeps the registry locked; 10 s until
+    /// it is called.
     static void setPatience(std::chrono::milliseconds patience);
 
 private:
