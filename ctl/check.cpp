@@ -107,7 +107,7 @@ QStringList faults(const Definitions &definitions)
     }
     lines += NetworkManagers::atWork();
     QStringList complaints;
-    if (edit({}, complaints) == Done)
+    if (edit({}, complaints) != FileFault)
         complaints += notInConfiguration(definitions);
     return lines + complaints;
 }
