@@ -1,9 +1,8 @@
 // What the program does from its start to the first paint of its table.
 
-#include "firstpaint.h"
-
 #include "dhcpapp.h"
 #include "dhcptable.h"
+#include "firstpaint.h"
 #include "mainwindow.h"
 #include "vapplication.h"
 

@@ -5,12 +5,6 @@
 #include "posix.h"
 #include "wish.h"
 
-#include <chrono>
-#include <csignal>
-#include <cstdlib>
-#include <cstring>
-#include <sstream>
-
 #include <fcntl.h>
 #include <poll.h>
 #include <seccomp.h>
@@ -19,6 +13,12 @@
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <sstream>
 
 namespace DhclientConf {
 

@@ -12,7 +12,7 @@ class Error : public std::runtime_error
 public:
     enum Fault {
         File = 1,   ///< the configuration is at fault
-        Command = 2 ///< a command asks for what can't be done
+        Command = 2 ///< a command asks for what cannot be done
     };
 
     Error(Fault fault, const std::string &reason, int line = 0) : runtime_error(reason), fault(fault), line(line) {}

@@ -9,16 +9,16 @@
 #include "posix.h"
 #include "report.h"
 
+#include <sys/wait.h>
+#include <syslog.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <exception>
 #include <iostream>
-
-#include <sys/wait.h>
-#include <syslog.h>
-#include <unistd.h>
 
 using namespace DhclientConf;
 

@@ -1,8 +1,7 @@
 // Applying the option to the DHCP client's configuration.
 
-#include "dhcpoption.h"
-
 #include "clienttools.h"
+#include "dhcpoption.h"
 
 QStringList DhcpOption::editCommands(bool requested) const
 {

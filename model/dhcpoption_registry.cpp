@@ -1,7 +1,6 @@
 // The option's entries in the configuration registry.
 
 #include "dhcpoption.h"
-
 #include "vorkanclient.h"
 
 QString DhcpOption::registryBranch()

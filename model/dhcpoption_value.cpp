@@ -1,8 +1,7 @@
 // The value that the DHCP client last received for the option.
 
-#include "dhcpoption.h"
-
 #include "clientfacts.h"
+#include "dhcpoption.h"
 #include "paths.h"
 #include "posix.h"
 
@@ -11,11 +10,11 @@
 #include <QTextCodec>
 #include <QTextStream>
 
-#include <algorithm>
-#include <cerrno>
-
 #include <fcntl.h>
 #include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
 
 namespace {
 

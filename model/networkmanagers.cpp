@@ -7,10 +7,10 @@
 #include <QFile>
 #include <QSet>
 
-#include <algorithm>
-
 #include <net/if.h>
 #include <sys/stat.h>
+
+#include <algorithm>
 
 namespace {
 

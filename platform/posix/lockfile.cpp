@@ -1,10 +1,10 @@
 #include "lockfile.h"
 
-#include <cerrno>
-#include <thread>
-
 #include <fcntl.h>
 #include <sys/file.h>
+
+#include <cerrno>
+#include <thread>
 
 namespace Posix {
 

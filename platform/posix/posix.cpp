@@ -1,13 +1,13 @@
 #include "posix.h"
 
-#include <algorithm>
-#include <cerrno>
-#include <system_error>
-
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <system_error>
 
 namespace Posix {
 

@@ -1,6 +1,8 @@
 #ifndef POSIX_H
 #define POSIX_H
 
+#include <sys/types.h>
+
 #include <cstddef>
 #include <functional>
 #include <optional>
@@ -8,8 +10,6 @@
 #include <string_view>
 #include <tuple>
 #include <utility>
-
-#include <sys/types.h>
 
 /// Files as POSIX gives them. Functions that fail throw std::system_error; its what() is one line with the action,
 /// the path in quotes and the reason. Paths are bytes and are taken as they are: resolving a root prefix is up to

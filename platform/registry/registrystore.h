@@ -1,16 +1,16 @@
 #ifndef REGISTRYSTORE_H
 #define REGISTRYSTORE_H
 
+#include <QMap>
+#include <QString>
 #include <SQLiteCpp/Database.h>
 #include <SQLiteCpp/Statement.h>
 
-#include <QMap>
-#include <QString>
+#include <sys/types.h>
 
 #include <chrono>
 #include <optional>
 #include <string>
-#include <sys/types.h>
 
 /// The registry's file and what this process has changed but not yet committed.
 ///
