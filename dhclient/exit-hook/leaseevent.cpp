@@ -42,7 +42,7 @@ std::string optionOf(const std::string &variable, const std::string &prefix)
     return isOption ? ClientFacts::fileName(name) : std::string();
 }
 
-/// Whether no interface has the address. Unknown counts as no.
+/// True if no interface has the address; false if that cannot be determined.
 bool isMissing(const std::string &address)
 {
     sockaddr_in local = {};
