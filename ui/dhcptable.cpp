@@ -6,7 +6,6 @@
 #include "optiondelegate.h"
 #include "rowfinder.h"
 #include "tablekeys.h"
-#include "updatesoff.h"
 #include "vcheckbox.h"
 #include "vgui.h"
 #include "vorkanclient.h"
@@ -44,10 +43,11 @@ bool isLeftOut(const DhcpOption &option, ViewMode_t mode)
     return false;
 }
 
-QTableWidgetItem *makeCell(const QString &text, Qt::ItemFlags flags, const CellLooks &looks)
+QTableWidgetItem *makeCell(const QString &text, Qt::ItemFlags flags, Qt::Alignment alignment)
 {
-    auto *cell = new OptionCell(text, &looks);
+    auto *cell = new OptionCell(text);
     cell->setFlags(flags);
+    cell->setTextAlignment(alignment | Qt::AlignVCenter);
     return cell;
 }
 
@@ -80,41 +80,17 @@ DhcpTable::DhcpTable(const QList<DhcpOption *> &options, VGui *gui, VWidgetConta
 
 DhcpTable::~DhcpTable() = default;
 
-struct DhcpTable::RowLooks
-{
-    RowLooks()
-    {
-        QFont bold;
-        bold.setBold(true);
-        code.font = bold;
-        code.icon = QIcon(Paths::resolved(pencilIconPath));
-        QFont italic;
-        italic.setStyle(QFont::StyleItalic);
-        extensionName.font = italic;
-        info.icon = QIcon(QApplication::style()->standardPixmap(QStyle::SP_MessageBoxInformation));
-    }
-
-    CellLooks requested{int(Qt::AlignHCenter | Qt::AlignVCenter), {}, {}};
-    CellLooks predefinedCode{int(Qt::AlignRight | Qt::AlignVCenter), {}, {}};
-    CellLooks code = predefinedCode;
-    CellLooks name{int(Qt::AlignLeft | Qt::AlignVCenter), {}, {}};
-    CellLooks extensionName = name;
-    CellLooks info = requested;
-    CellLooks value = name;
-};
-
 void DhcpTable::populate(ViewMode_t mode)
 {
     setRowCount(options.count());
     setColumnCount(KeyColumn + 1);
     setColumnHidden(KeyColumn, true);
 
-    looks = std::make_unique<RowLooks>();
-
+    infoIcon = QApplication::style()->standardPixmap(QStyle::SP_MessageBoxInformation);
+    pencilIcon = QIcon(Paths::resolved(pencilIconPath));
     {
         VorkanClient registry;
         bool needsCommit = false;
-        const UpdatesOff updatesOff(this);
         for (int row = 0; row < options.count(); ++row) {
             DhcpOption *option = options.at(row);
             if (isLeftOut(*option, mode))
@@ -177,15 +153,29 @@ void DhcpTable::addCells(int row, DhcpOption &option, bool requested)
     const Qt::ItemFlags rowFlags = requested ? Qt::ItemIsEnabled : Qt::NoItemFlags;
     setItem(row, RequestedColumn, requestedCell(option, requested));
 
-    const QString code = QStringLiteral("%1").arg(option.code, CodeDigits, 10, QLatin1Char('0'));
-    setItem(row, CodeColumn,
-            option.linuxPredefined ? makeCell(code, rowFlags, looks->predefinedCode)
-                                   : makeCell(code, rowFlags | Qt::ItemIsSelectable | Qt::ItemIsEditable, looks->code));
-    setItem(row, NameColumn,
-            makeCell(option.localizedText(QString(), option.names), rowFlags,
-                     option.standardOption ? looks->name : looks->extensionName));
-    setItem(row, InfoColumn, makeCell(QString(), Qt::ItemIsSelectable | Qt::ItemIsEnabled, looks->info));
-    setItem(row, ValueColumn, makeCell(option.currentValue, rowFlags, looks->value));
+    auto *code = makeCell(QStringLiteral("%1").arg(option.code, CodeDigits, 10, QLatin1Char('0')), rowFlags,
+                          Qt::AlignRight);
+    if (!option.linuxPredefined) {
+        code->setFlags(rowFlags | Qt::ItemIsSelectable | Qt::ItemIsEditable);
+        code->setIcon(pencilIcon);
+        QFont bold;
+        bold.setBold(true);
+        code->setFont(bold);
+    }
+    setItem(row, CodeColumn, code);
+
+    auto *name = makeCell(option.localizedText(QString(), option.names), rowFlags, Qt::AlignLeft);
+    if (!option.standardOption) {
+        QFont italic;
+        italic.setItalic(true);
+        name->setFont(italic);
+    }
+    setItem(row, NameColumn, name);
+
+    auto *info = makeCell(QString(), Qt::ItemIsSelectable | Qt::ItemIsEnabled, Qt::AlignHCenter);
+    info->setIcon(infoIcon);
+    setItem(row, InfoColumn, info);
+    setItem(row, ValueColumn, makeCell(option.currentValue, rowFlags, Qt::AlignLeft));
     setItem(row, KeyColumn, new QTableWidgetItem(option.linuxName));
 }
 
@@ -211,7 +201,7 @@ QTableWidgetItem *DhcpTable::requestedCell(const DhcpOption &option, bool reques
     }
     const bool isUsersChoice = option.dhcpClass == Normal;
     auto *cell = makeCell(text, isUsersChoice ? Qt::ItemIsUserCheckable | Qt::ItemIsEnabled : Qt::NoItemFlags,
-                          looks->requested);
+                          Qt::AlignHCenter);
     if (isUsersChoice)
         cell->setCheckState(requested ? Qt::Checked : Qt::Unchecked);
     else
@@ -260,13 +250,12 @@ void DhcpTable::changeViewMode(int mode)
 {
     if (mode < ShowCustom || mode > ShowAll)
         return;
-    {
-        const UpdatesOff updatesOff(this);
-        for (int row = 0; row < rowCount(); ++row) {
-            if (const DhcpOption *option = optionAt(row))
-                setRowHidden(row, isLeftOut(*option, static_cast<ViewMode_t>(mode)));
-        }
+    setUpdatesEnabled(false); // makes hiding many rows some twenty times faster
+    for (int row = 0; row < rowCount(); ++row) {
+        if (const DhcpOption *option = optionAt(row))
+            setRowHidden(row, isLeftOut(*option, static_cast<ViewMode_t>(mode)));
     }
+    setUpdatesEnabled(true);
     fitToView();
     keys->ensureCurrentCell();
 }

@@ -4,10 +4,9 @@
 #include "optioncell.h"
 
 #include <QHash>
+#include <QIcon>
 #include <QList>
 #include <QTableWidget>
-
-#include <memory>
 
 class DhcpOption;
 class QLabel;
@@ -65,8 +64,6 @@ private slots:
 private:
     Q_DISABLE_COPY(DhcpTable)
 
-    struct RowLooks; ///< what the rows share: icons and fonts
-
     void populate(ViewMode_t mode);
     bool addOption(int row, DhcpOption *option, VorkanClient &registry);
     void addCells(int row, DhcpOption &option, bool requested);
@@ -86,7 +83,8 @@ private:
     QHash<QString, DhcpOption *> optionsByLinuxName;
     TableKeys *keys;
     QLabel *emptyHint;
-    std::unique_ptr<const RowLooks> looks;
+    QIcon infoIcon;
+    QIcon pencilIcon;
 };
 
 #endif

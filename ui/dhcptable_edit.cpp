@@ -3,11 +3,9 @@
 #include "dhcptable.h"
 
 #include "dhcpoption.h"
-#include "updatesoff.h"
 #include "vcheckbox.h"
 #include "vorkanclient.h"
 
-#include <QHeaderView>
 #include <QTimer>
 
 #include <array>
@@ -57,28 +55,14 @@ void DhcpTable::finishEditing()
 
 void DhcpTable::refreshValues()
 {
-    const bool isSortColumn = horizontalHeader()->sortIndicatorSection() == ValueColumn;
-    const UpdatesOff updatesOff(this);
-    bool sortingSuspended = false;
+    setSortingEnabled(false); // the rows would move meanwhile
     for (int row = 0; row < rowCount(); ++row) {
-        DhcpOption *option = optionAt(row);
-        if (!option)
-            continue;
-        option->readCurrentValue();
-        if (item(row, ValueColumn)->text() == option->currentValue)
-            continue;
-        if (isSortColumn && !sortingSuspended) {
-            setSortingEnabled(false);
-            sortingSuspended = true;
+        if (DhcpOption *option = optionAt(row)) {
+            option->readCurrentValue();
+            item(row, ValueColumn)->setText(option->currentValue);
         }
-        // A write to a cell that has been sorted searches the whole table for it; taking it out and putting it back
-        // does not.
-        QTableWidgetItem *valueCell = takeItem(row, ValueColumn);
-        valueCell->setText(option->currentValue);
-        setItem(row, ValueColumn, valueCell);
     }
-    if (sortingSuspended)
-        setSortingEnabled(true);
+    setSortingEnabled(true);
 }
 
 void DhcpTable::applyOptions(bool force)

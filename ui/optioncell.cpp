@@ -2,24 +2,13 @@
 
 #include <QTableWidget>
 
-OptionCell::OptionCell(const QString &text, const CellLooks *looks) : QTableWidgetItem(text, UserType), looks(looks) {}
-
 QVariant OptionCell::data(int role) const
 {
-    switch (role) {
-    case Qt::AccessibleTextRole:
+    if (role == Qt::AccessibleTextRole)
         return accessibleText();
-    case Qt::AccessibleDescriptionRole:
+    if (role == Qt::AccessibleDescriptionRole)
         return accessibleDescription();
-    case Qt::TextAlignmentRole:
-        return looks->alignment;
-    case Qt::FontRole:
-        return looks->font;
-    case Qt::DecorationRole:
-        return looks->icon;
-    default:
-        return QTableWidgetItem::data(role);
-    }
+    return QTableWidgetItem::data(role);
 }
 
 QString OptionCell::accessibleText() const
