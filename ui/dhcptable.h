@@ -16,28 +16,28 @@ class VGui;
 class VWidgetContainer;
 class VorkanClient;
 
-/// Which options the table shows. The numbers are the view selector's item indexes.
+/// What the view selector offers, in its order.
 enum ViewMode_t {
-    ShowCustom = 0, ///< those that the client does not know by itself and that are not hidden
-    ShowCommon = 1, ///< those that are not hidden
+    ShowCustom = 0, ///< neither known to the client nor hidden
+    ShowCommon = 1, ///< not hidden
     ShowAll = 2
 };
 
-/// The option table: one row per option.
+/// The user's view of the options, and what carries their choices into the registry and to the client.
 ///
-/// The user ticks the options to request and edits the codes of those that the client does not predefine. Each
-/// option's requested state is also held by a check box that is bound to the registry and never shown.
+/// A tick has to reach the registry, but a cell cannot be bound to it: behind each box stands a VCheckBox that is
+/// never shown.
 ///
-/// Sorting stays enabled, so a row moves when a cell of the sorted column is written. Rows are known by the text
-/// of their hidden last column, the option's client name, never by their number. An option whose client name
-/// another one has already is reported on standard error, and its row is left without cells.
+/// Writing to the sorted column moves the row. So a row number is good until the next write only; the hidden
+/// KeyColumn tells which option a row is of. Of definitions that share a client name the first one counts, and the
+/// others are rows without cells.
 class DhcpTable : public QTableWidget
 {
     Q_OBJECT
 
 public:
-    /// Makes the registry entries that are missing, from the options' defaults, and commits them. The options, the
-    /// page and the container are not owned and must outlive the table.
+    /// Writes to the registry: options that it does not have yet are stored with their defaults. The options, the page
+    /// and the container are not owned and must outlive the table.
     DhcpTable(const QList<DhcpOption *> &options, VGui *gui, VWidgetContainer *container, ViewMode_t mode,
               QWidget *parent);
     ~DhcpTable() override;
@@ -48,8 +48,8 @@ public:
     /// Shows the values that the client has received by now.
     void refreshValues();
 
-    /// Applies every option whose requested state or code has changed since it was last applied, every Normal and
-    /// AlwaysOn option when forced, and commits stored codes. The requested states are stored by the container.
+    /// Runs the edit tool once for each option that has something to apply, or whenever it may have when forced. Codes
+    /// are stored here, requested states by the container, which must have done so before.
     void applyOptions(bool force);
 
 public slots:

@@ -72,7 +72,7 @@ QString DhcpTable::details(const DhcpOption &option, quint32 shownCode)
     addUnlessEmpty(tr("Description: <b>%1</b><br />"), option.localizedText(QString(), option.descriptions));
     addUnlessEmpty(tr("Example: <b>%1</b><br />"), option.example);
     text += tr("Standard DHCP Option?  ");
-    // The bold run is closed by a second "<b>": the texts are keys of translation catalogues, so they stay.
+    // The second "<b>" is a slip, but a correction would orphan the translations of these texts.
     text += option.standardOption ? tr("<b>Yes<b><br />") : tr("<b>Ostrel Extension<b><br />");
     return text;
 }

@@ -21,13 +21,14 @@ QtMessageHandler defaultHandler = nullptr;
 bool isOpeningGuarded = false;
 QString firstComplaint;
 
-/// Harmless warnings of Qt's: neither pkexec nor a boot unit provides the runtime directory, which nothing here uses,
-/// some platforms have no size hints, a session's manager may be another user's, and a tool that takes too long is
-/// ended on purpose.
 bool isHarmless(const QString &message)
 {
-    const auto beginnings = {"QStandardPaths: ", "This plugin does not support ",
-                             "Qt: Session management error: ", "QProcess: Destroyed while process "};
+    const auto beginnings = {
+        "QStandardPaths: ",                  // pkexec and boot units set no runtime directory; nothing here uses it
+        "This plugin does not support ",     // platforms without size hints
+        "Qt: Session management error: ",    // the session's manager is another user's
+        "QProcess: Destroyed while process " // a tool that takes too long is ended on purpose
+    };
     return std::any_of(beginnings.begin(), beginnings.end(),
                        [&](const char *beginning) { return message.startsWith(QLatin1String(beginning)); });
 }
@@ -60,8 +61,25 @@ void distrustEnvironment()
         qunsetenv("QT_QPA_PLATFORM");
 }
 
-/// The environment for the application object that is about to be made, and the handler for what Qt says meanwhile.
-int &prepared(int &argc, bool guardDisplay, bool light)
+void bringToFront()
+{
+    const auto show = [](QWidget *window) {
+        window->setWindowState(window->windowState() & ~Qt::WindowMinimized);
+        window->raise();
+        window->activateWindow();
+    };
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    for (QWidget *window : windows) {
+        if (window->isVisible() && window->windowType() == Qt::Window)
+            show(window);
+    }
+    if (QWidget *box = QApplication::activeModalWidget())
+        show(box);
+}
+
+} // namespace
+
+DisplaySetup::DisplaySetup(bool guardDisplay, bool light)
 {
     if (::geteuid() == 0)
         distrustEnvironment();
@@ -83,26 +101,7 @@ int &prepared(int &argc, bool guardDisplay, bool light)
 
     isOpeningGuarded = guardDisplay;
     defaultHandler = qInstallMessageHandler(handleMessage);
-    return argc;
 }
-
-void bringToFront()
-{
-    const auto show = [](QWidget *window) {
-        window->setWindowState(window->windowState() & ~Qt::WindowMinimized);
-        window->raise();
-        window->activateWindow();
-    };
-    const QWidgetList windows = QApplication::topLevelWidgets();
-    for (QWidget *window : windows) {
-        if (window->isVisible() && window->windowType() == Qt::Window)
-            show(window);
-    }
-    if (QWidget *box = QApplication::activeModalWidget())
-        show(box);
-}
-
-} // namespace
 
 void VApplication::setHeadless(bool headless)
 {
@@ -115,7 +114,8 @@ bool VApplication::isHeadless()
 }
 
 VApplication::VApplication(int &argc, char **argv, bool singleInstance, bool guardDisplay, bool light)
-    : QApplication(prepared(argc, guardDisplay, light), argv)
+    : DisplaySetup(guardDisplay, light)
+    , QApplication(argc, argv)
     , lock(ProgramName)
     , singleInstance(singleInstance)
 {

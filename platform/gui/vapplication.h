@@ -5,8 +5,15 @@
 
 #include <QApplication>
 
+/// Sets up what QApplication's constructor, which opens the display, looks at. A base class, since it has to come
+/// first.
+struct DisplaySetup
+{
+    DisplaySetup(bool guardDisplay, bool light);
+};
+
 /// The application object of a configuration program: a QApplication of which one instance runs at a time.
-class VApplication : public QApplication
+class VApplication : private DisplaySetup, public QApplication
 {
 public:
     /// Exit status of a start that found another instance running.

@@ -6,7 +6,7 @@
 
 class QHBoxLayout;
 
-/// The button row at the foot of a configuration page.
+/// Apply, OK and Cancel, or some of them, below a page; the page lays its own widgets out before them.
 class VApplyOkCancelPanel : public QWidget
 {
     Q_OBJECT
@@ -16,10 +16,9 @@ public:
 
     VApplyOkCancelPanel(QFlags<Button> buttons, QWidget *parent);
 
-    /// Puts a stretch at the front of the row.
+    // Both go before everything that the row holds already.
     void prependStretch(int factor);
-    /// Puts a widget at the front of the row and takes ownership of it.
-    void prependWidget(QWidget *widget);
+    void prependWidget(QWidget *widget); ///< becomes a child of the panel
 
     /// Null for a button that was not asked for.
     QPushButton *applyButton() const { return apply; }
