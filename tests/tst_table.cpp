@@ -110,9 +110,7 @@ private slots:
                 root.setValue(name(i), "x=old");
             }
             open(definitions);
-            table->setCurrentCell(0, column);
-            for (int pressed = column == CodeColumn ? 1 : 0; pressed < 2; ++pressed) // it was sorted by the code
-                key(Qt::Key_S, Qt::ControlModifier);
+            table->sortByColumn(column, Qt::DescendingOrder);
             // Values whose order turns over, some of them equal
             for (int i = 0; i < 12; ++i)
                 root.setValue(name(i), "x=new" + QByteArray::number((20 - i) / 2));
@@ -120,6 +118,7 @@ private slots:
             for (const int i : {5, 6, 6}) // the last one off and on again
                 click(row(name(i)), RequestedColumn);
             window->resize(780, 300); // not all rows are in sight
+            table->setCurrentItem(cell(name(0), CodeColumn));
             cell(name(0), CodeColumn)->setText("0251");
             cell(name(0), CodeColumn)->setText("256");
             QCOMPARE(cell(name(0), CodeColumn)->text(), QString("251"));
@@ -144,8 +143,6 @@ private slots:
             QCOMPARE(calls.count("kiro-dhclient-edit|"), 2);
             QVERIFY(calls.contains("--add-new-option|" + name(0) + " 251 text|"));
             QVERIFY(calls.contains("|--del-request|" + name(5)));
-            key(Qt::Key_S, Qt::ControlModifier); // by the boxes, up again
-            QCOMPARE(table->horizontalHeader()->sortIndicatorOrder(), Qt::AscendingOrder);
         }
     }
 

@@ -2,10 +2,11 @@
 
 #include "dhcptable.h"
 
+#include "currentcell.h"
 #include "dhcpoption.h"
 #include "optiondelegate.h"
 #include "rowfinder.h"
-#include "tablekeys.h"
+#include "rowmenu.h"
 #include "vcheckbox.h"
 #include "vgui.h"
 #include "vorkanclient.h"
@@ -59,7 +60,7 @@ DhcpTable::DhcpTable(const QList<DhcpOption *> &options, VGui *gui, VWidgetConta
     , options(options)
     , gui(gui)
     , container(container)
-    , keys(new TableKeys(this))
+    , current(new CurrentCell(this))
     , emptyHint(new QLabel(viewport()))
 {
     setAccessibleName(tr("DHCP options"));
@@ -67,8 +68,6 @@ DhcpTable::DhcpTable(const QList<DhcpOption *> &options, VGui *gui, VWidgetConta
     setWordWrap(false); // a long word would be cut after its first break
     // Tab is to leave the table for the buttons; the arrow keys move between its cells.
     setTabKeyNavigation(false);
-    connect(keys, &TableKeys::infoRequested, this, &DhcpTable::showInfo);
-    connect(new RowFinder(this), &RowFinder::found, keys, &TableKeys::goToRow);
     // The whole current row is tinted.
     connect(this, &QTableWidget::currentCellChanged, viewport(), QOverload<>::of(&QWidget::update));
     emptyHint->setAlignment(Qt::AlignCenter);
@@ -112,6 +111,10 @@ void DhcpTable::populate(ViewMode_t mode)
     for (int column = RequestedColumn; column <= ValueColumn; ++column)
         width += columnWidth(column);
     setMinimumWidth(width);
+
+    auto *menu = new RowMenu(this, current);
+    connect(menu, &RowMenu::detailsRequested, this, &DhcpTable::showInfo);
+    connect(menu, &RowMenu::findRequested, new RowFinder(this, current), &RowFinder::openField);
 
     // Last, so that building the rows is not taken for the user's editing.
     connect(this, &QTableWidget::cellChanged, this, &DhcpTable::dataChange);
@@ -257,7 +260,7 @@ void DhcpTable::changeViewMode(int mode)
     }
     setUpdatesEnabled(true);
     fitToView();
-    keys->ensureCurrentCell();
+    current->ensure();
 }
 
 /// Fits the columns, but not so wide that the window outgrows the screen: what a server sends must not push the

@@ -8,9 +8,9 @@
 #include <QList>
 #include <QTableWidget>
 
+class CurrentCell;
 class DhcpOption;
 class QLabel;
-class TableKeys;
 class VCheckBox;
 class VGui;
 class VWidgetContainer;
@@ -81,7 +81,7 @@ private:
     VWidgetContainer *container;
     QHash<QString, VCheckBox *> checkBoxes; ///< by client name; owned by the page
     QHash<QString, DhcpOption *> optionsByLinuxName;
-    TableKeys *keys;
+    CurrentCell *current;
     QLabel *emptyHint;
     QIcon infoIcon;
     QIcon pencilIcon;

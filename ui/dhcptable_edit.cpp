@@ -6,8 +6,6 @@
 #include "vcheckbox.h"
 #include "vorkanclient.h"
 
-#include <QTimer>
-
 #include <array>
 
 void DhcpTable::dataChange(int row, int column)
@@ -42,8 +40,6 @@ void DhcpTable::codeChanged(int row)
         return;
     if (!option->setCode(codeCell->text()))
         codeCell->setText(QString::number(option->code));
-    // Where the table is sorted by the code, the row moves once this signal is done with.
-    QTimer::singleShot(0, this, [this, codeCell] { scrollToItem(codeCell); });
 }
 
 void DhcpTable::finishEditing()

@@ -1,12 +1,12 @@
 #include "rowfinder.h"
 
+#include "currentcell.h"
 #include "optioncell.h"
 
 #include <QApplication>
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QLineEdit>
-#include <QShortcut>
 #include <QTableWidget>
 
 namespace {
@@ -15,12 +15,10 @@ constexpr int FieldCharacters = 28;
 
 } // namespace
 
-RowFinder::RowFinder(QTableWidget *table) : QObject(table), table(table)
+RowFinder::RowFinder(QTableWidget *table, CurrentCell *current) : QObject(table), table(table), current(current)
 {
     table->installEventFilter(this);
     table->viewport()->installEventFilter(this); // which is resized after the table
-    // From anywhere in the window
-    connect(new QShortcut(QKeySequence::Find, table), &QShortcut::activated, this, &RowFinder::openField);
 }
 
 bool RowFinder::eventFilter(QObject *watched, QEvent *event)
@@ -56,7 +54,7 @@ bool RowFinder::handleTableKey(const QKeyEvent &event)
         return false;
     const QTableWidgetItem *cell = table->currentItem();
     const Qt::ItemFlags editable = Qt::ItemIsEnabled | Qt::ItemIsEditable;
-    if (first.isDigit() && cell && (cell->flags() & editable) == editable)
+    if (cell && (cell->flags() & editable) == editable)
         return false;
     findTyped(event.text());
     return true;
@@ -161,7 +159,7 @@ bool RowFinder::find(int from, int step, const Matches &matches)
     for (int i = 0; i < rows; ++i) {
         const int row = (from + i * step + rows) % rows;
         if (row >= 0 && !table->isRowHidden(row) && table->item(row, KeyColumn) && matches(row)) {
-            emit found(row);
+            current->goTo(row, RequestedColumn);
             return true;
         }
     }

@@ -6,6 +6,7 @@
 
 #include <functional>
 
+class CurrentCell;
 class QKeyEvent;
 class QLineEdit;
 class QTableWidget;
@@ -13,21 +14,20 @@ class QTableWidget;
 /// Finds a visible row of the option table, also one that is disabled.
 ///
 /// Letters typed in the table find the next row whose name begins with them, digits the row of that code, except
-/// in a code cell that can be edited, where digits begin an edit. Ctrl+F opens a field over the table's corner: it
-/// finds what is typed there anywhere in a name or the client's name, or at the beginning of a code; Enter and the
-/// arrow keys go on to further rows, Escape closes it.
+/// in a code cell that can be edited, where both begin an edit. The field opens over the table's corner: it finds what
+/// is typed there anywhere in a name or the client's name, or at the beginning of a code; Enter and the arrow keys go
+/// on to further rows, Escape closes it.
 class RowFinder : public QObject
 {
     Q_OBJECT
 
 public:
     /// Becomes a child of the table.
-    explicit RowFinder(QTableWidget *table);
+    RowFinder(QTableWidget *table, CurrentCell *current);
+
+    void openField();
 
     bool eventFilter(QObject *watched, QEvent *event) override;
-
-signals:
-    void found(int row);
 
 private:
     Q_DISABLE_COPY(RowFinder)
@@ -40,10 +40,10 @@ private:
     void findInField(int from, int step);
     bool find(int from, int step, const Matches &matches);
     QString text(int row, int column) const;
-    void openField();
     void placeField();
 
     QTableWidget *table;
+    CurrentCell *current;
     QLineEdit *field = nullptr;
     QString typed;
     QElapsedTimer sinceTyped;
