@@ -20,7 +20,8 @@ skip() {
 in_namespaces() {
     local as_root=()
     ((EUID == 0)) || as_root=(sudo -n)
-    "${as_root[@]}" unshare --net --mount --pid --fork true 2>/dev/null || skip "only root may make namespaces"
+    local reason
+    reason=$("${as_root[@]}" unshare --net --mount --pid --fork true 2>&1) || skip "no namespaces: $reason"
     "${as_root[@]}" unshare --net --mount --pid --fork --kill-child --mount-proc --propagation private "$@"
 }
 
