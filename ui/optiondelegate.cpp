@@ -21,6 +21,13 @@ QColor mixed(const QColor &first, const QColor &second, qreal firstShare)
     return QColor(mix(first.red(), second.red()), mix(first.green(), second.green()), mix(first.blue(), second.blue()));
 }
 
+/// A code that the client does not know by itself, but that cannot be edited at present.
+bool isLockedCode(const QModelIndex &index)
+{
+    return index.column() == CodeColumn && !index.data(Qt::DecorationRole).isNull()
+           && index.flags() != (index.flags() | Qt::ItemIsEnabled | Qt::ItemIsEditable);
+}
+
 /// Escaped, since it comes from the network, and breakable where it has no blanks.
 QString toolTipText(const QString &text)
 {
@@ -39,6 +46,16 @@ void OptionDelegate::initStyleOption(QStyleOptionViewItem *option, const QModelI
     QStyledItemDelegate::initStyleOption(option, index);
     if (index.column() == ValueColumn && option->direction == Qt::RightToLeft)
         option->text = LeftToRightMark + option->text + LeftToRightMark;
+    if (isLockedCode(index))
+        option->icon = QIcon(option->icon.pixmap(option->decorationSize, QIcon::Disabled));
+}
+
+QWidget *OptionDelegate::createEditor(QWidget *parent, const QStyleOptionViewItem &option,
+                                      const QModelIndex &index) const
+{
+    // A row without cells would take a text.
+    const bool isRow = index.siblingAtColumn(KeyColumn).data().isValid();
+    return isRow ? QStyledItemDelegate::createEditor(parent, option, index) : nullptr;
 }
 
 void OptionDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const
@@ -51,6 +68,8 @@ void OptionDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option
         base = mixed(color(QPalette::Highlight), base, TintShare);
         painter->fillRect(option.rect, base);
     }
+    // Some styles paint this once the keyboard is elsewhere.
+    ours.palette.setColor(QPalette::Inactive, QPalette::Text, color(QPalette::Text));
     ours.palette.setColor(QPalette::Disabled, QPalette::Text, mixed(color(QPalette::Text), base, DisabledTextShare));
     QStyledItemDelegate::paint(painter, ours, index);
 }
@@ -58,10 +77,14 @@ void OptionDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option
 bool OptionDelegate::helpEvent(QHelpEvent *event, QAbstractItemView *view, const QStyleOptionViewItem &option,
                                const QModelIndex &index)
 {
-    const QRect seen = view->visualRect(index) & view->viewport()->rect();
-    const QString text = index.data().toString();
-    if (event->type() != QEvent::ToolTip || text.isEmpty() || sizeHint(option, index).width() <= seen.width())
+    if (event->type() != QEvent::ToolTip || index.data(Qt::ToolTipRole).isValid())
         return QStyledItemDelegate::helpEvent(event, view, option, index);
-    QToolTip::showText(event->globalPos(), toolTipText(text), view->viewport(), seen);
+    const QRect seen = view->visualRect(index) & view->viewport()->rect();
+    QString text;
+    if (sizeHint(option, index).width() > seen.width())
+        text = toolTipText(index.data().toString());
+    else if (isLockedCode(index))
+        text = tr("The code can be edited once the program is started with the option requested.");
+    QToolTip::showText(event->globalPos(), text, view->viewport(), seen);
     return true;
 }
