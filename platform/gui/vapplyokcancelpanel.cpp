@@ -17,6 +17,7 @@ VApplyOkCancelPanel::VApplyOkCancelPanel(QFlags<Button> buttons, QWidget *parent
 QPushButton *VApplyOkCancelPanel::addButton(const QString &text)
 {
     auto *button = new QPushButton(text, this);
+    button->setAutoDefault(true); // presses it with Enter, as in a dialog
     row->addWidget(button);
     return button;
 }
