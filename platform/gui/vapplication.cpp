@@ -67,6 +67,7 @@ void bringToFront()
         window->setWindowState(window->windowState() & ~Qt::WindowMinimized);
         window->raise();
         window->activateWindow();
+        QApplication::alert(window); // it may be on another workspace
     };
     const QWidgetList windows = QApplication::topLevelWidgets();
     for (QWidget *window : windows) {
