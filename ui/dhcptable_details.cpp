@@ -4,12 +4,38 @@
 
 #include "dhcpoption.h"
 
+#include <QLabel>
+#include <QLayout>
 #include <QMessageBox>
+#include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QTextDocumentFragment>
 #include <QTimer>
 #include <QWindow>
 
 #include <algorithm>
+
+namespace {
+
+constexpr int TextWidth = 500; // of a message box, in pixels
+
+/// Makes the informative text scroll if it would be higher than that.
+void scrollIfLong(QMessageBox &box, int height)
+{
+    auto *label = box.findChild<QLabel *>(QStringLiteral("qt_msgbox_informativelabel"));
+    if (!label || label->heightForWidth(TextWidth) <= height)
+        return;
+    auto *area = new QScrollArea(&box);
+    area->setFrameShape(QFrame::NoFrame);
+    area->setWidgetResizable(true);
+    area->setMinimumSize(TextWidth + area->verticalScrollBar()->sizeHint().width(), height);
+    delete box.layout()->replaceWidget(label, area);
+    label->setFixedWidth(TextWidth);
+    area->setWidget(label);
+}
+
+} // namespace
 
 void DhcpTable::showInfo(int row, int column)
 {
@@ -37,6 +63,7 @@ void DhcpTable::showInfo(int row, int column)
     box.setAccessibleName(QTextDocumentFragment::fromHtml(box.text()).toPlainText());
     box.setInformativeText(details(shown, shownCode));
     box.setStandardButtons(QMessageBox::Ok);
+    scrollIfLong(box, screen()->availableGeometry().height() / 2);
     // A parent would do this too, but change more than that.
     QWidget *below = window();
     box.setWindowTitle(below->windowTitle());
