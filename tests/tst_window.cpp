@@ -162,7 +162,7 @@ private slots:
     void readable()
     {
         open({"grey 1 default=no", "black 2"});
-        cell("grey", ValueColumn)->setText(QString(9, QChar(0x2588))); // full blocks
+        cell("grey", ValueColumn)->setText(QString(200, QChar(0x2588))); // full blocks
         for (const auto base : {Qt::white, Qt::black}) {
             QPalette palette(base); // with text in the other one
             palette.setColor(QPalette::Disabled, QPalette::Text, base);

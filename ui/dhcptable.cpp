@@ -19,6 +19,7 @@
 #include <QLabel>
 #include <QScreen>
 #include <QStyle>
+#include <QTimer>
 #include <QVBoxLayout>
 
 #include <iostream>
@@ -26,8 +27,8 @@
 namespace {
 
 constexpr char pencilIconPath[] = "/usr/share/icons/kiro-icons/16x16/pencil.png";
-constexpr int LeastHeight = 150; // of the rows, in pixels
-constexpr int ExtraWidth = 40;   // room for the frame and a scroll bar
+constexpr int LeastRows = 10;  // in sight, unless they take more than a third of the screen
+constexpr int ExtraWidth = 40; // room for the frame and a scroll bar
 constexpr int CodeDigits = 3;
 constexpr int ValueShare = 3; // of the screen's width a value gets a third at most
 
@@ -102,6 +103,8 @@ void DhcpTable::populate(ViewMode_t mode)
     }
 
     setHeaders();
+    // Before sorting is enabled, so that it comes before the sorting.
+    connect(horizontalHeader(), &QHeaderView::sortIndicatorChanged, this, &DhcpTable::noteBoxes);
     setSortingEnabled(true);
     verticalHeader()->hide();
     sortByColumn(CodeColumn, Qt::AscendingOrder);
@@ -111,10 +114,17 @@ void DhcpTable::populate(ViewMode_t mode)
     for (int column = RequestedColumn; column <= ValueColumn; ++column)
         width += columnWidth(column);
     setMinimumWidth(width);
+    setMinimumHeight(
+        qMin(LeastRows * verticalHeader()->defaultSectionSize(), screen()->availableGeometry().height() / 3));
+    setSizeAdjustPolicy(AdjustToContents);
+    // Once the window has its first size, which is by the columns' contents.
+    QTimer::singleShot(0, this,
+                       [this] { horizontalHeader()->setSectionResizeMode(ValueColumn, QHeaderView::Stretch); });
 
     auto *menu = new RowMenu(this, current);
     connect(menu, &RowMenu::detailsRequested, this, &DhcpTable::showInfo);
-    connect(menu, &RowMenu::findRequested, new RowFinder(this, current), &RowFinder::openField);
+    connect(menu, &RowMenu::findRequested, new RowFinder(this, current, [this](int row) { return viewWith(row); }),
+            &RowFinder::openField);
 
     // Last, so that building the rows is not taken for the user's editing.
     connect(this, &QTableWidget::cellChanged, this, &DhcpTable::dataChange);
@@ -212,6 +222,14 @@ QTableWidgetItem *DhcpTable::requestedCell(const DhcpOption &option, bool reques
     return cell;
 }
 
+void DhcpTable::noteBoxes()
+{
+    for (int row = 0; row < rowCount(); ++row) {
+        if (auto *cell = static_cast<OptionCell *>(item(row, RequestedColumn)))
+            cell->noteBox();
+    }
+}
+
 void DhcpTable::setHeaders()
 {
     setHorizontalHeaderLabels({
@@ -244,6 +262,14 @@ DhcpOption *DhcpTable::optionAt(int row) const
     return key ? optionsByLinuxName.value(key->text()) : nullptr;
 }
 
+QString DhcpTable::viewWith(int row) const
+{
+    const DhcpOption *option = optionAt(row);
+    const QString text = option->hideOption ? tr("%1 is listed under \"Show All Options\".")
+                                            : tr("%1 is listed under \"Show Common Options\".");
+    return text.arg(item(row, NameColumn)->text());
+}
+
 void DhcpTable::changeViewMode(ViewMode_t mode)
 {
     changeViewMode(static_cast<int>(mode));
@@ -267,6 +293,8 @@ void DhcpTable::changeViewMode(int mode)
 /// buttons out of reach. The user can drag them wider.
 void DhcpTable::fitColumns()
 {
+    const QHeaderView::ResizeMode mode = horizontalHeader()->sectionResizeMode(ValueColumn);
+    horizontalHeader()->setSectionResizeMode(ValueColumn, QHeaderView::Interactive);
     resizeColumnsToContents();
     const int available = screen()->availableGeometry().width();
     setColumnWidth(ValueColumn, qMin(columnWidth(ValueColumn), available / ValueShare));
@@ -283,16 +311,24 @@ void DhcpTable::fitColumns()
             excess -= cut;
         }
     }
+    horizontalHeader()->setSectionResizeMode(ValueColumn, mode);
 }
 
 void DhcpTable::fitToView()
 {
+    const bool isEmpty = verticalHeader()->hiddenSectionCount() == rowCount();
+    const auto hideAll = [this](bool hide) {
+        for (int row = 0; row < rowCount(); ++row)
+            setRowHidden(row, hide);
+    };
+    if (isEmpty) // the columns are then wide enough for the other views
+        hideAll(false);
     fitColumns();
-    // Qt's hint by contents makes the window up to two thirds of the screen high; its fixed one is for few rows.
-    setSizeAdjustPolicy(verticalHeader()->length() > LeastHeight ? AdjustToContents : AdjustIgnored);
+    if (isEmpty)
+        hideAll(true);
     emptyHint->setText(rowCount() == 0
-                           ? tr("No option definitions can be used. Install some in /usr/share/kiro-dhcp-mgr "
+                           ? tr("No usable option definitions found. Install some in /usr/share/kiro-dhcp-mgr "
                                 "and start the program again.")
-                           : tr("This view lists no options. Choose another one below the table."));
-    emptyHint->setVisible(verticalHeader()->hiddenSectionCount() == rowCount());
+                           : tr("This view has no options. Choose another view below the table."));
+    emptyHint->setVisible(isEmpty);
 }

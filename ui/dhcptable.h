@@ -68,8 +68,10 @@ private:
     bool addOption(int row, DhcpOption *option, VorkanClient &registry);
     void addCells(int row, DhcpOption &option, bool requested);
     QTableWidgetItem *requestedCell(const DhcpOption &option, bool requested);
+    void noteBoxes();
     void setHeaders();
     DhcpOption *optionAt(int row) const;
+    QString viewWith(int row) const;
     void fitColumns();
     void fitToView();
     static QString details(const DhcpOption &option, quint32 shownCode);

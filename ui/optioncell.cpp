@@ -11,6 +11,13 @@ QVariant OptionCell::data(int role) const
     return QTableWidgetItem::data(role);
 }
 
+bool OptionCell::operator<(const QTableWidgetItem &other) const
+{
+    if (text() != other.text())
+        return QTableWidgetItem::operator<(other);
+    return wasTicked && !static_cast<const OptionCell &>(other).wasTicked;
+}
+
 QString OptionCell::accessibleText() const
 {
     const QTableWidget *table = tableWidget();
@@ -25,6 +32,8 @@ QString OptionCell::accessibleText() const
 
 QString OptionCell::accessibleDescription() const
 {
+    if (flags().testFlag(Qt::ItemIsUserCheckable))
+        return checkState() == Qt::Checked ? tr("Ticked") : tr("Not ticked");
     if (!flags().testFlag(Qt::ItemIsEnabled))
         return tr("Disabled", "Spoken by a screen reader: the cell cannot be used");
     if (flags().testFlag(Qt::ItemIsEditable))

@@ -18,9 +18,16 @@ public:
 
     QVariant data(int role) const override;
 
+    /// Equal texts are in the order of the boxes that were noted last, ticked ones first.
+    bool operator<(const QTableWidgetItem &other) const override;
+    /// Notes whether the box is ticked. Not done by the tick itself, which would move the row away from the mouse.
+    void noteBox() { wasTicked = checkState() == Qt::Checked; }
+
 private:
     QString accessibleText() const;
     QString accessibleDescription() const;
+
+    bool wasTicked = false;
 };
 
 #endif

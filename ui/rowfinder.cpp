@@ -8,6 +8,7 @@
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QTableWidget>
+#include <QToolTip>
 
 namespace {
 
@@ -15,7 +16,11 @@ constexpr int FieldCharacters = 28;
 
 } // namespace
 
-RowFinder::RowFinder(QTableWidget *table, CurrentCell *current) : QObject(table), table(table), current(current)
+RowFinder::RowFinder(QTableWidget *table, CurrentCell *current, std::function<QString(int row)> viewWith)
+    : QObject(table)
+    , table(table)
+    , current(current)
+    , viewWith(std::move(viewWith))
 {
     table->installEventFilter(this);
     table->viewport()->installEventFilter(this); // which is resized after the table
@@ -99,6 +104,7 @@ void RowFinder::openField()
         field->installEventFilter(this);
         connect(field, &QLineEdit::textEdited, this, [this] { findInField(table->currentRow(), 1); });
     }
+    table->setFocus(); // takes over a code that is being typed
     placeField();
     field->show();
     field->raise();
@@ -138,12 +144,14 @@ bool RowFinder::handleFieldKey(const QKeyEvent &event)
 void RowFinder::findInField(int from, int step)
 {
     const QString wanted = field->text();
-    const bool matched = wanted.isEmpty() || find(from, step, [&](int row) {
-                             return text(row, NameColumn).contains(wanted, Qt::CaseInsensitive)
-                                    || text(row, KeyColumn).contains(wanted, Qt::CaseInsensitive)
-                                    || text(row, CodeColumn).startsWith(wanted)
-                                    || table->item(row, CodeColumn)->text().startsWith(wanted);
-                         });
+    const auto matches = [&](int row) {
+        return text(row, NameColumn).contains(wanted, Qt::CaseInsensitive)
+               || text(row, KeyColumn).contains(wanted, Qt::CaseInsensitive) || text(row, CodeColumn).startsWith(wanted)
+               || table->item(row, CodeColumn)->text().startsWith(wanted);
+    };
+    const bool matched = wanted.isEmpty() || find(from, step, matches);
+    QToolTip::showText(field->mapToGlobal(field->rect().bottomLeft()), matched ? QString() : foundElsewhere(matches),
+                       field);
     QPalette palette;
     if (!matched) {
         palette.setColor(QPalette::Base, Qt::darkRed);
@@ -164,6 +172,16 @@ bool RowFinder::find(int from, int step, const Matches &matches)
         }
     }
     return false;
+}
+
+/// Where a row that matches but is not shown is to be seen; empty if there is none.
+QString RowFinder::foundElsewhere(const Matches &matches) const
+{
+    for (int row = 0; row < table->rowCount(); ++row) {
+        if (table->item(row, KeyColumn) && matches(row))
+            return viewWith(row);
+    }
+    return QString();
 }
 
 /// The cell's text; a code without leading zeros.

@@ -22,8 +22,8 @@ class RowFinder : public QObject
     Q_OBJECT
 
 public:
-    /// Becomes a child of the table.
-    RowFinder(QTableWidget *table, CurrentCell *current);
+    /// Becomes a child of the table. `viewWith` says in which view a hidden row is shown.
+    RowFinder(QTableWidget *table, CurrentCell *current, std::function<QString(int row)> viewWith);
 
     void openField();
 
@@ -39,11 +39,13 @@ private:
     void findTyped(const QString &text);
     void findInField(int from, int step);
     bool find(int from, int step, const Matches &matches);
+    QString foundElsewhere(const Matches &matches) const;
     QString text(int row, int column) const;
     void placeField();
 
     QTableWidget *table;
     CurrentCell *current;
+    std::function<QString(int row)> viewWith;
     QLineEdit *field = nullptr;
     QString typed;
     QElapsedTimer sinceTyped;
