@@ -35,7 +35,7 @@ DhcpApp::~DhcpApp()
 
 void DhcpApp::loadDefinitions()
 {
-    const Definitions definitions = Definitions::load();
+    const Definitions definitions = Definitions::load(nullptr);
     if (definitions.isDirectoryMissing)
         std::exit(1);
     options = definitions.options;

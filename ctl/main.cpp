@@ -108,7 +108,7 @@ int apply()
     const int status = QProcess::execute(Paths::resolved("/usr/bin/kiro-dhcp-mgr"), {QStringLiteral("--apply")});
     if (status < 0)
         return fail(Failed, QStringLiteral("cannot run kiro-dhcp-mgr"));
-    return status == Done ? printFaults(notInConfiguration(Definitions::load())) : status;
+    return status == Done ? printFaults(notInConfiguration(Definitions::load(qApp))) : status;
 }
 
 int run(const QCommandLineParser &parser)
@@ -128,9 +128,9 @@ int run(const QCommandLineParser &parser)
     const QString code = QStringLiteral("code");
     const bool isState = words.value(2) == QLatin1String("on") || words.value(2) == QLatin1String("off");
     if (has("list", 1) && allows({all, json}))
-        return list(Definitions::load(), parser.isSet(all), asJson);
+        return list(Definitions::load(qApp), parser.isSet(all), asJson);
     if (has("show", 2) && allows({json})) {
-        const Definitions definitions = Definitions::load();
+        const Definitions definitions = Definitions::load(qApp);
         const DhcpOption *option = find(definitions, words[1]);
         if (!option)
             return failUnknown(definitions, words[1]);
@@ -138,10 +138,10 @@ int run(const QCommandLineParser &parser)
         return Vorkan::isReadable() ? Done : Failed;
     }
     if (has("set", 3) && isState && allows({code}))
-        return set(Definitions::load(), words[1],
+        return set(Definitions::load(qApp), words[1],
                    {words[2] == QLatin1String("on"), parser.isSet(code) ? parser.value(code) : QString()});
     if (has("check", 1) && allows({}))
-        return printFaults(faults(Definitions::load()));
+        return printFaults(faults(Definitions::load(qApp)));
     if (has("apply", 1) && allows({}))
         return apply();
     return fail(WrongUsage, QStringLiteral("wrong arguments; see kiro-dhcpctl --help"));

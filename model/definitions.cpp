@@ -19,11 +19,11 @@ void report(const char *what, const QString &path)
 }
 
 /// Null when it cannot be used.
-std::unique_ptr<DhcpOption> read(const QString &path)
+std::unique_ptr<DhcpOption> read(const QString &path, QObject *owner)
 {
     std::unique_ptr<DhcpOption> option;
     try {
-        option = std::make_unique<DhcpOption>(path, nullptr);
+        option = std::make_unique<DhcpOption>(path, owner);
     } catch (DhcpOption::ExceptionType reason) {
         report(reason == DhcpOption::FileNotReadable   ? "DhcpOption: File not readable for "
                : reason == DhcpOption::FileParseFailed ? "DhcpOption: File parse failed for "
@@ -40,7 +40,7 @@ std::unique_ptr<DhcpOption> read(const QString &path)
 
 } // namespace
 
-Definitions Definitions::load()
+Definitions Definitions::load(QObject *owner)
 {
     Definitions definitions;
     const QDir directory(Paths::resolved(definitionDirectory));
@@ -55,7 +55,7 @@ Definitions Definitions::load()
     const QStringList names = directory.entryList({QStringLiteral("*.xml")});
     for (const QString &name : names) {
         const QString path = directory.path() + QLatin1Char('/') + name;
-        if (std::unique_ptr<DhcpOption> option = read(path))
+        if (std::unique_ptr<DhcpOption> option = read(path, owner))
             definitions.options.append(option.release());
         else
             definitions.leftOut.append(path);

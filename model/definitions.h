@@ -6,16 +6,18 @@
 #include <QStringList>
 
 class DhcpOption;
+class QObject;
 
 /// The option definitions that are installed on this machine.
 struct Definitions
 {
     /// Reads all of them, in the order of their names, whose case does not matter. A definition that cannot be used is
     /// reported on standard error and left out; so is a missing directory.
-    static Definitions load();
+    /// The options become children of `owner`; without one they belong to whoever called.
+    static Definitions load(QObject *owner);
 
     bool isDirectoryMissing = false;
-    QList<DhcpOption *> options; ///< owned by whoever called; without a parent
+    QList<DhcpOption *> options;
     QStringList leftOut;         ///< the paths of those that cannot be used
 };
 
