@@ -18,7 +18,7 @@ struct Definitions
 
     bool isDirectoryMissing = false;
     QList<DhcpOption *> options;
-    QStringList leftOut;         ///< the paths of those that cannot be used
+    QStringList leftOut; ///< the paths of those that cannot be used
 };
 
 #endif
