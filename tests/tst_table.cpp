@@ -2,6 +2,8 @@
 
 #include "windowtest.h"
 
+#include <QClipboard>
+#include <QContextMenuEvent>
 #include <QScreen>
 #include <QScrollBar>
 
@@ -146,6 +148,55 @@ private slots:
             QVERIFY(calls.contains("--add-new-option|" + name(0) + " 251 text|"));
             QVERIFY(calls.contains("|--del-request|" + name(5)));
         }
+    }
+
+    /// What follows a click on another row's box is about that row.
+    void clickedBoxIsCurrent()
+    {
+        open({"first 1", "second 2"});
+        table->setCurrentCell(row("first"), CodeColumn);
+        click(row("second"), RequestedColumn);
+        QCOMPARE(table->currentItem(), cell("second", RequestedColumn));
+        QCOMPARE(cell("second", RequestedColumn)->checkState(), Qt::Unchecked);
+    }
+
+    void ticksAreSortedAtTheNextSort()
+    {
+        open({"ticked 1", "clear 2 default=no", "also-ticked 3"});
+        table->sortByColumn(RequestedColumn, Qt::AscendingOrder);
+        QCOMPARE(row("clear"), 2);
+        click(row("ticked"), RequestedColumn);
+        table->refreshValues();
+        QCOMPARE(row("ticked"), 0);
+        table->sortByColumn(RequestedColumn, Qt::DescendingOrder);
+        QCOMPARE(row("also-ticked"), 2);
+    }
+
+    void openMenuKeepsItsOption()
+    {
+        for (const QString name : {"one", "two"})
+            root.setValue(name, "x=" + name.toUtf8());
+        open({"one 1", "two 2"});
+        table->sortByColumn(ValueColumn, Qt::AscendingOrder);
+        QContextMenuEvent asking(QContextMenuEvent::Mouse, table->visualItemRect(cell("two", ValueColumn)).center());
+        QApplication::sendEvent(table->viewport(), &asking);
+        QWidget *menu = QApplication::activePopupWidget();
+        QVERIFY(menu);
+        root.setValue("two", "x=again");
+        table->refreshValues();
+        QCOMPARE(row("two"), 0);
+        QTest::keyClick(menu, Qt::Key_N);
+        QCoreApplication::processEvents();
+        QCOMPARE(QApplication::clipboard()->text(), QString("TWO"));
+    }
+
+    void emptyRowTakesNoText()
+    {
+        open({"twice 1", "twice 2"});
+        const int empty = 1 - row("twice");
+        table->setCurrentIndex(table->model()->index(empty, NameColumn));
+        key(Qt::Key_F2);
+        QVERIFY(!table->viewport()->findChild<QLineEdit *>());
     }
 
     /// A forced apply takes every option that is for this program to apply; a repeated name's row stays empty.

@@ -177,6 +177,19 @@ private slots:
         }
     }
 
+    /// Some styles dim a window that has not the keyboard.
+    void requestedRowKeepsItsColour()
+    {
+        open({"requested 1"});
+        cell("requested", ValueColumn)->setText(QString(200, QChar(0x2588)));
+        QPalette palette(Qt::white);
+        palette.setColor(QPalette::Inactive, QPalette::Text, Qt::lightGray);
+        table->setPalette(palette);
+        QApplication::setActiveWindow(nullptr);
+        const QImage image = seen("requested");
+        QCOMPARE(image.pixelColor(image.rect().center()), QColor(Qt::black));
+    }
+
     /// Numbers keep their order in a layout from right to left. What is cut, and that only, is whole in a tooltip.
     void values()
     {

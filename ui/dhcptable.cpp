@@ -27,7 +27,7 @@
 namespace {
 
 constexpr char pencilIconPath[] = "/usr/share/icons/kiro-icons/16x16/pencil.png";
-constexpr int LeastRows = 10;  // in sight, unless they take more than a third of the screen
+constexpr int LeastRows = 8;   // in sight, if half of the screen has room for them
 constexpr int ExtraWidth = 40; // room for the frame and a scroll bar
 constexpr int CodeDigits = 3;
 constexpr int ValueShare = 3; // of the screen's width a value gets a third at most
@@ -114,8 +114,8 @@ void DhcpTable::populate(ViewMode_t mode)
     for (int column = RequestedColumn; column <= ValueColumn; ++column)
         width += columnWidth(column);
     setMinimumWidth(width);
-    setMinimumHeight(
-        qMin(LeastRows * verticalHeader()->defaultSectionSize(), screen()->availableGeometry().height() / 3));
+    const int height = horizontalHeader()->minimumHeight() + LeastRows * verticalHeader()->defaultSectionSize();
+    setMinimumHeight(qMin(height, screen()->availableGeometry().height() / 2));
     setSizeAdjustPolicy(AdjustToContents);
     // Once the window has its first size, which is by the columns' contents.
     QTimer::singleShot(0, this,
