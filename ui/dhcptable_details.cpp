@@ -72,7 +72,9 @@ void DhcpTable::showInfo(int row, int column)
     box.windowHandle()->setTransientParent(below->windowHandle());
     // It has its size once it is shown.
     QTimer::singleShot(0, &box, [&box, below] {
-        box.move(below->frameGeometry().center() - box.frameGeometry().center() + box.pos());
+        const QPoint place = below->frameGeometry().center() - box.frameGeometry().center() + box.pos();
+        const QRect screen = below->screen()->availableGeometry();
+        box.move(qMax(place.x(), screen.left()), qMax(place.y(), screen.top()));
     });
     box.exec();
 }
