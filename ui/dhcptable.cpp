@@ -34,15 +34,7 @@ constexpr int ValueShare = 3; // of the screen's width a value gets a third at m
 
 bool isLeftOut(const DhcpOption &option, ViewMode_t mode)
 {
-    switch (mode) {
-    case ShowCustom:
-        return option.linuxPredefined || option.hideOption;
-    case ShowCommon:
-        return option.hideOption;
-    case ShowAll:
-        break;
-    }
-    return false;
+    return (mode != ShowAll && option.hideOption) || (mode == ShowCustom && option.linuxPredefined);
 }
 
 QTableWidgetItem *makeCell(const QString &text, Qt::ItemFlags flags, Qt::Alignment alignment)
@@ -77,8 +69,6 @@ DhcpTable::DhcpTable(const QList<DhcpOption *> &options, VGui *gui, VWidgetConta
     hintLayout->addWidget(emptyHint);
     populate(mode);
 }
-
-DhcpTable::~DhcpTable() = default;
 
 void DhcpTable::populate(ViewMode_t mode)
 {

@@ -40,7 +40,6 @@ public:
     /// and the container are not owned and must outlive the table.
     DhcpTable(const QList<DhcpOption *> &options, VGui *gui, VWidgetContainer *container, ViewMode_t mode,
               QWidget *parent);
-    ~DhcpTable() override;
 
     /// Takes over what is being typed into a cell, as if the user had pressed Enter.
     void finishEditing();

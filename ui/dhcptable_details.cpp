@@ -39,15 +39,12 @@ void scrollIfLong(QMessageBox &box, int height)
 
 void DhcpTable::showInfo(int row, int column)
 {
-    if (column != InfoColumn)
-        return;
     QTableWidgetItem *infoCell = item(row, InfoColumn);
-    const QTableWidgetItem *codeCell = item(row, CodeColumn);
-    if (!infoCell || !codeCell || !optionAt(row))
-        return; // a row without cells
+    if (column != InfoColumn || !infoCell)
+        return;
     infoCell->setSelected(false);
 
-    const quint32 shownCode = codeCell->text().toUInt(nullptr, 10);
+    const quint32 shownCode = item(row, CodeColumn)->text().toUInt(nullptr, 10);
     const auto option = std::find_if(options.cbegin(), options.cend(),
                                      [shownCode](const DhcpOption *candidate) { return candidate->code == shownCode; });
     if (option == options.cend())

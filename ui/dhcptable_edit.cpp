@@ -6,8 +6,6 @@
 #include "vcheckbox.h"
 #include "vorkanclient.h"
 
-#include <array>
-
 void DhcpTable::dataChange(int row, int column)
 {
     if (column == RequestedColumn)
@@ -18,18 +16,10 @@ void DhcpTable::dataChange(int row, int column)
 
 void DhcpTable::requestedChanged(int row)
 {
-    // Each write below may move the row, so the cells are fetched before the first one.
-    std::array<QTableWidgetItem *, KeyColumn + 1> cells = {};
-    for (int column = RequestedColumn; column <= KeyColumn; ++column) {
-        cells[static_cast<std::size_t>(column)] = item(row, column);
-        if (!cells[static_cast<std::size_t>(column)])
-            return;
-    }
-    const bool requested = cells[RequestedColumn]->checkState() != Qt::Unchecked;
-    if (VCheckBox *checkBox = checkBoxes.value(cells[KeyColumn]->text()))
-        checkBox->fieldWidget()->setChecked(requested);
-    for (std::size_t column = CodeColumn; column <= KeyColumn; ++column)
-        cells[column]->setFlags(requested ? Qt::ItemIsEnabled : Qt::NoItemFlags);
+    const bool requested = item(row, RequestedColumn)->checkState() != Qt::Unchecked;
+    checkBoxes.value(item(row, KeyColumn)->text())->fieldWidget()->setChecked(requested);
+    for (int column = CodeColumn; column <= KeyColumn; ++column)
+        item(row, column)->setFlags(requested ? Qt::ItemIsEnabled : Qt::NoItemFlags);
 }
 
 void DhcpTable::codeChanged(int row)

@@ -7,6 +7,12 @@
 /// The columns of the option table.
 enum OptionColumn { RequestedColumn, CodeColumn, NameColumn, InfoColumn, ValueColumn, KeyColumn };
 
+/// Whether the cell with these flags can be edited now; a disabled one cannot.
+inline bool isEditable(Qt::ItemFlags flags)
+{
+    return flags.testFlag(Qt::ItemIsEnabled) && flags.testFlag(Qt::ItemIsEditable);
+}
+
 /// A cell of the option table. It gives a screen reader its column's header and its text or, without a text, the
 /// option's name; also whether it is disabled or can be edited, which Qt's table does not report.
 class OptionCell : public QTableWidgetItem

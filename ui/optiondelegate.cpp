@@ -24,8 +24,7 @@ QColor mixed(const QColor &first, const QColor &second, qreal firstShare)
 /// A code that the client does not know by itself, but that cannot be edited at present.
 bool isLockedCode(const QModelIndex &index)
 {
-    return index.column() == CodeColumn && !index.data(Qt::DecorationRole).isNull()
-           && index.flags() != (index.flags() | Qt::ItemIsEnabled | Qt::ItemIsEditable);
+    return index.column() == CodeColumn && index.data(Qt::DecorationRole).isValid() && !isEditable(index.flags());
 }
 
 /// Escaped, since it comes from the network, and breakable where it has no blanks.

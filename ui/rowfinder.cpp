@@ -58,8 +58,7 @@ bool RowFinder::handleTableKey(const QKeyEvent &event)
     if ((event.modifiers() & others) || !(first.isLetterOrNumber() || goesOn))
         return false;
     const QTableWidgetItem *cell = table->currentItem();
-    const Qt::ItemFlags editable = Qt::ItemIsEnabled | Qt::ItemIsEditable;
-    if (cell && (cell->flags() & editable) == editable)
+    if (cell && isEditable(cell->flags()))
         return false;
     findTyped(event.text());
     return true;

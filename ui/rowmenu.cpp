@@ -62,8 +62,7 @@ void RowMenu::open(const QPoint &position)
 {
     current->goTo(table->rowAt(position.y()), table->columnAt(position.x()));
     const QTableWidgetItem *code = table->item(table->currentRow(), CodeColumn);
-    const Qt::ItemFlags editable = Qt::ItemIsEnabled | Qt::ItemIsEditable;
-    changeCode->setEnabled(code && (code->flags() & editable) == editable);
+    changeCode->setEnabled(code && isEditable(code->flags()));
     popup(table->viewport()->mapToGlobal(position));
 }
 
