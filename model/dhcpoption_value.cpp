@@ -35,10 +35,9 @@ QByteArray readVariableFile(const QString &linuxName)
             const std::string path = directory + candidate;
             const Posix::Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
             if (file) {
-                QByteArray content(MaximumSize, Qt::Uninitialized);
-                const ssize_t size = ::read(file.get(), content.data(), MaximumSize);
-                content.truncate(static_cast<int>(std::max<ssize_t>(size, 0)));
-                return content;
+                char content[MaximumSize];
+                const ssize_t size = ::read(file.get(), content, sizeof content);
+                return QByteArray(content, static_cast<int>(std::max<ssize_t>(size, 0)));
             }
             // With any other error the file is readable, but cannot be opened.
             if (errno != ENOENT && errno != ENOTDIR && errno != EACCES && errno != ELOOP && errno != ENAMETOOLONG)
