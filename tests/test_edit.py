@@ -127,7 +127,8 @@ def test_client_has_no_environment_and_can_only_read(root, conf, fake_client):
 
 
 def test_without_a_client_the_edit_is_made_and_noted(root, conf):
-    note = f'{NAME}note: dhclient could not check the edit: it did not open the file, and said: cannot run "{{}}": {{}}\n'
+    note = (NAME + "note: dhclient could not check the edit: "
+            'it did not open the file, and said: cannot run "{}": {}\n')
     assert edit(*ADD) == (0, note.format(root.path("/sbin/dhclient"), "No such file or directory"))
     root.write("/usr/sbin/dhclient", "")
     assert edit("--del-request", "routers") == (0, note.format(root.path("/usr/sbin/dhclient"), "Permission denied"))
