@@ -98,7 +98,7 @@ Answer askClient(const std::string &file)
 {
     // What it says is the same whether it can open the file or not (C3).
     const Posix::Descriptor watch(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK));
-    ::inotify_add_watch(watch.get(), file.c_str(), IN_OPEN);
+    const bool isWatched = ::inotify_add_watch(watch.get(), file.c_str(), IN_OPEN) >= 0;
     int ends[2];
     if (::pipe2(ends, O_CLOEXEC) != 0)
         Posix::fail("read from", "dhclient");
@@ -122,6 +122,8 @@ Answer askClient(const std::string &file)
     inotify_event opened = {};
     if (WIFSIGNALED(status))
         answer.complaints.push_back({WTERMSIG(status) == SIGKILL ? "dhclient did not end" : "dhclient crashed", 0});
+    else if (answer.complaints.empty() && !isWatched)
+        answer.obstacle = "inotify(7) cannot tell whether it opens the file";
     else if (answer.complaints.empty() && ::read(watch.get(), &opened, sizeof opened) <= 0)
         answer.obstacle = "it did not open the file, and said: " + printable(output.substr(0, output.find('\n')));
     return answer;

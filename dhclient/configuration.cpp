@@ -76,7 +76,9 @@ Word Parser::name()
         return result;
     result.range.begin = token().begin;
     result.id = lower(tokens[at++].text);
-    if (take(".") && token().kind == Token::Kind::Word)
+    if (take(".") && token().kind != Token::Kind::Word)
+        return {};
+    if (tokens[at - 1].is("."))
         result.id = (result.id == "dhcp" ? std::string() : result.id + '.') + lower(tokens[at++].text);
     result.range.end = lastEnd();
     return result;
@@ -249,13 +251,17 @@ std::string normalisedCode(std::string_view text)
 std::string normalisedType(std::string_view text)
 {
     std::string result;
+    int depth = 0;
     for (const Token &token : tokensOf(text)) {
+        depth += token.is("{") ? 1 : token.is("}") ? -1 : 0;
+        if (depth < 0 || (result.empty() && token.is(",")))
+            return {};
         const bool isSign = token.kind == Token::Kind::Sign;
         if (token.kind == Token::Kind::String || (isSign && token.text.find_first_of("{},") != 0))
             return {};
         result.append(result.empty() || token.text.empty() || token.is(",") ? "" : " ").append(lower(token.text));
     }
-    return result;
+    return depth == 0 ? result : std::string();
 }
 
 } // namespace DhclientConf

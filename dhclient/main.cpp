@@ -36,22 +36,15 @@ constexpr char Help[] =
     "  --add-new-option \"NAME CODE TYPE\"   declare an option, types as in dhcp-options(5)\n"
     "  --del-new-option \"NAME CODE TYPE\"   remove the declaration with that code\n"
     "  --dry-run                           leave the file as it is\n"
-    "  --help                              show this text\n"
-    "  --version                           show the version\n"
+    "  --help, --version                   show this text, the version\n"
     "\n"
     "Exit status: 0 done or nothing to do, 1 the file cannot be read, written or understood, 2 wrong\n"
     "arguments or an edit that dhclient would not accept, 3 --dry-run would have changed the file.\n";
 
 constexpr std::size_t LargestFile = std::size_t{1024} * 1024;
 constexpr std::chrono::seconds LongestLock(60);
-constexpr int MostAttempts = 3;
 
 enum Status { Done = 0, WouldChange = 3 }; ///< and those of Error
-
-void note(const std::string &line)
-{
-    Posix::report(Program, LOG_NOTICE, "note: " + line);
-}
 
 int fail(const Error &error)
 {
@@ -118,6 +111,9 @@ std::optional<int> attempt(const std::string &target, const std::vector<Wish> &w
     bool isCurrent = true;
     if (changes)
         Posix::replaceFile(target, draft.text(), Posix::Replacement::Durable, [&](const std::string &prepared) {
+            isCurrent = Posix::stateOf(target) == state;
+            if (!isCurrent)
+                return false;
             // The old text first: also an edit that mends a mistake would apply more than it was asked to.
             const Answer old = content.empty() ? Answer() : askClient(target);
             if (old.complaints.empty())
@@ -132,9 +128,9 @@ std::optional<int> attempt(const std::string &target, const std::vector<Wish> &w
     if (!isCurrent)
         return std::nullopt;
     if (!answer.obstacle.empty())
-        note("dhclient could not check the edit: " + answer.obstacle);
+        Posix::report(Program, LOG_NOTICE, "note: dhclient could not check the edit: " + answer.obstacle);
     for (const std::string &line : draft.notes())
-        note(line);
+        Posix::report(Program, LOG_NOTICE, "note: " + line);
     return changes && isDryRun ? WouldChange : Done;
 }
 
@@ -150,7 +146,7 @@ int run(const std::vector<Wish> &wishes, bool isDryRun)
     const std::size_t name = target.rfind('/') + 1;
     const Posix::Descriptor lock = Posix::lock(target.substr(0, name) + '.' + target.substr(name) + ".lock",
                                                LongestLock);
-    for (int left = MostAttempts; left > 0 && !status; --left)
+    for (int left = 3; left > 0 && !status; --left)
         status = attempt(target, wishes, isDryRun, true);
     if (!status)
         throw Error(Error::File, "another program keeps changing it");

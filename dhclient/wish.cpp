@@ -17,9 +17,8 @@ std::string quoted(std::string_view text)
 // Removes the first word from the text and returns it.
 std::string_view firstWord(std::string_view &text)
 {
-    constexpr std::string_view Blanks = " \t";
-    const std::string_view word = text.substr(0, text.find_first_of(Blanks));
-    text.remove_prefix(std::min(text.find_first_not_of(Blanks, word.size()), text.size()));
+    const std::string_view word = text.substr(0, text.find_first_of(" \t"));
+    text.remove_prefix(std::min(text.find_first_not_of(" \t", word.size()), text.size()));
     return word;
 }
 

@@ -146,14 +146,14 @@ def test_check_and_dry_run(conf, client):
 
 @pytest.mark.parametrize("command, complaint", [
     *[(f"--add-request {name}", f'"{name}" is not an option name')
-      for name in (" routers", "routers;request", "unknown-228", "12", "foo}")],
+      for name in (" routers", "routers;request", "unknown-228", "12", "foo}", "foo.")],
     ("--add-request foo\x7f\nrä", '"foo??r??" is not an option name'),
     ("--add-new-option a.b 1 text", '"a.b" belongs to an option space other than DHCPv4\'s'),
     ("--del-new-option foo x", '"x" is not an option code from 1 to 254, in "foo x"'),
     *[(f"--add-new-option foo {code} text", f'"{code}" is not an option code from 1 to 254, in "foo {code} text"')
       for code in ("0", "255", "-1", "4294967496")],
     *[(f"--add-new-option foo 2 {type}", f'"{type}" is not an option type, in "foo 2 {type}"')
-      for type in ("", '"text', "text; request x", "text = 5")],
+      for type in ("", '"text', "text; request x", "text = 5", "text }", "{ text", ",")],
     ("--add-request", "--add-request needs an argument"),
     ("routers", 'unknown argument "routers", see --help'),
 ])

@@ -6,11 +6,28 @@
 #include <signal.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <string_view>
+#include <system_error>
 
 Client::Client(pid_t pid) : pid(pid)
 {
     startTime = Procfs::stat(pid).startTime;
+}
+
+bool Client::isOfThisMachine(pid_t pid)
+{
+    const std::string program = Procfs::linkTarget(pid, "exe");
+    const std::string_view path = std::string_view(program).substr(0, program.find(" (deleted)")); // by an upgrade
+    if (path != ClientFacts::Program && path != "/sbin/dhclient")
+        return false;
+    for (const char *kind : {"net", "pid", "mnt", "user"}) {
+        if (!Procfs::sharesNamespace(pid, kind))
+            return false;
+    }
+    std::error_code hasEnded;
+    return Procfs::read(pid, "status").find("\nUid:\t0\t0\t0\t0\n") != std::string::npos
+           && std::filesystem::equivalent("/proc/" + std::to_string(pid) + "/root", "/", hasEnded);
 }
 
 bool Client::isFromApply(const std::vector<std::string> &arguments)
@@ -49,7 +66,7 @@ bool Client::anApplysAsksOn(const std::string &interface)
     const std::vector<pid_t> processes = Procfs::processes();
     return std::any_of(processes.begin(), processes.end(), [&](pid_t pid) {
         const std::vector<std::string> arguments = Procfs::arguments(pid);
-        return isFromApply(arguments) && Procfs::sharesNamespace(pid, "net")
+        return isFromApply(arguments) && isOfThisMachine(pid)
                && (arguments.size() == 2
                    || std::find(arguments.begin(), arguments.end(), interface) != arguments.end());
     });

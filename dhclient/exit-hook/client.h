@@ -18,6 +18,9 @@ public:
     /// One word; "-" for nobody.
     std::string toString() const;
 
+    /// Whether it is run by root, from the client's own path, in our network, process, mount and user namespaces and
+    /// with our root directory.
+    static bool isOfThisMachine(pid_t pid);
     /// Whether an apply starts clients so: as "dhclient -1", alone or with the names of interfaces.
     static bool isFromApply(const std::vector<std::string> &arguments);
 
@@ -29,7 +32,7 @@ public:
 
     /// Kills it: any milder signal makes a client release its lease.
     void end() const;
-    /// Whether a client of an apply asks on the interface, in our network.
+    /// Whether this machine runs a client of an apply that asks on the interface.
     static bool anApplysAsksOn(const std::string &interface);
 
 private:

@@ -23,6 +23,7 @@
 #include <exception>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <set>
 #include <stdexcept>
@@ -71,7 +72,14 @@ Names interfacesToServe(const RunningClient &earlier, const std::vector<RunningC
 {
     const auto held =
         Bindings(Paths::resolve(ClientFacts::ValuesDirectory) + "/.interfaces").interfacesOf(earlier.client);
-    const auto &served = held.empty() ? earlier.interfaces : held;
+    Names served(held.begin(), held.end());
+    const bool isAlone = std::none_of(others.begin(), others.end(), std::mem_fn(&RunningClient::isForIPv4));
+    const bool hasBound = earlier.processes.size() == 1;
+    if (served.empty() || (isAlone && !hasBound)) {
+        const Names all = isAlone && earlier.interfaces.empty() ? clientsInterfaces() : Names();
+        served.insert(all.begin(), all.end());
+        served.insert(earlier.interfaces.begin(), earlier.interfaces.end());
+    }
     Names taken = fixedInterfaces();
     for (const RunningClient &other : others) {
         if (other.isForIPv4() && other.interfaces.empty())
@@ -79,7 +87,7 @@ Names interfacesToServe(const RunningClient &earlier, const std::vector<RunningC
         if (other.isForIPv4())
             taken.insert(other.interfaces.begin(), other.interfaces.end());
     }
-    return without(Names(served.begin(), served.end()), taken);
+    return without(served, taken);
 }
 
 std::vector<std::string> commandLine(const Names &interfaces)
@@ -101,6 +109,8 @@ void startClient()
 
 void askAgain()
 {
+    if (::access(ClientFacts::Program, X_OK) != 0)
+        Posix::fail("execute", ClientFacts::Program);
     Posix::Descriptor lock = Posix::lock("/run/kiro-dhcp-mgr.lock", std::chrono::seconds(10));
     std::vector<RunningClient> others = runningClients();
     const auto isOther = [](const RunningClient &running) { return !running.isFromApply(); };
@@ -124,7 +134,7 @@ void askAgain()
             restarts.push_back(
                 {running.processes, commandLine(interfaces), running.pidFile, {interfaces.begin(), interfaces.end()}});
     }
-    if (restarts.empty() && others.empty())
+    if (restarts.empty() && std::none_of(others.begin(), others.end(), std::mem_fn(&RunningClient::isForIPv4)))
         startClient();
     for (const Restart &next : restarts) {
         if (::fork() == 0) {

@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
+#include <filesystem>
 #include <system_error>
 #include <thread>
 
@@ -84,7 +85,9 @@ pid_t childOf(pid_t parent)
 void writePidFile(const std::string &path, pid_t client)
 {
     try {
-        if (!path.empty())
+        // A device, or a link, is not to be replaced.
+        const auto type = std::filesystem::symlink_status(path).type();
+        if (type == std::filesystem::file_type::not_found || type == std::filesystem::file_type::regular)
             Posix::replaceFile(path, std::to_string(client) + '\n', Posix::Replacement::Cached);
     } catch (const std::system_error &error) {
         ::syslog(LOG_WARNING, "%s", error.what());
@@ -104,13 +107,16 @@ void restart(const Restart &restart, Posix::Descriptor lock)
             return;
         pid_t client = 0;
         const Clock::time_point patience = Clock::now() + 8s;
-        while (::waitpid(parent, nullptr, WNOHANG) == 0 && Clock::now() < patience) {
+        int status = 0;
+        while (::waitpid(parent, &status, WNOHANG) == 0 && Clock::now() < patience) {
             if (client == 0 && (client = childOf(parent)) != 0) {
                 writePidFile(restart.pidFile, client);
                 ::syslog(LOG_INFO, "%s: restarted %d as %d", joined(restart.interfaces).c_str(), old, client);
             }
             std::this_thread::sleep_for(20ms);
         }
+        if (status != 0)
+            ::syslog(LOG_WARNING, "%s: the client has ended without a lease", joined(restart.interfaces).c_str());
         lock.reset();
         processes = {Client(parent), Client(client)};
         if (processes.front().isNobody() || Clock::now() >= end)

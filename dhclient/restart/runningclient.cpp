@@ -1,15 +1,11 @@
 #include "runningclient.h"
 
-#include "clientfacts.h"
 #include "procfs.h"
 
 #include <unistd.h>
 
 #include <algorithm>
-#include <filesystem>
 #include <map>
-#include <string_view>
-#include <system_error>
 
 namespace {
 
@@ -21,27 +17,13 @@ const std::map<std::string, std::string> ReasonsToLeave = {{"-cf", "it has a con
                                                            {"-d", "another program supervises it"},
                                                            {"-r", "it releases a lease"},
                                                            {"-x", "it stops a client"},
+                                                           {"-nw", "it does not wait for a lease"},
                                                            {"-6", RunningClient::ForIPv6},
                                                            {"-4o6", RunningClient::ForIPv6},
                                                            {"-N", RunningClient::ForIPv6},
                                                            {"-P", RunningClient::ForIPv6},
                                                            {"-S", RunningClient::ForIPv6},
                                                            {"-T", RunningClient::ForIPv6}};
-
-bool isClientOfThisMachine(pid_t pid)
-{
-    const std::string program = Procfs::linkTarget(pid, "exe");
-    const std::string_view path = std::string_view(program).substr(0, program.find(" (deleted)")); // by an upgrade
-    if (path != ClientFacts::Program && path != "/sbin/dhclient")
-        return false;
-    for (const char *kind : {"net", "pid", "mnt", "user"}) {
-        if (!Procfs::sharesNamespace(pid, kind))
-            return false;
-    }
-    std::error_code hasEnded;
-    return Procfs::read(pid, "status").find("\nUid:\t0\t0\t0\t0\n") != std::string::npos
-           && std::filesystem::equivalent("/proc/" + std::to_string(pid) + "/root", "/", hasEnded);
-}
 
 /// Takes the words of the command line as the client does.
 void readCommandLine(RunningClient &running)
@@ -59,8 +41,11 @@ void readCommandLine(RunningClient &running)
             running.pidFile.clear();
         if (OptionsWithValue.find(' ' + word + ' ') == std::string::npos || ++i == running.commandLine.size())
             continue;
+        const std::string &value = running.commandLine[i];
         if (word == "-pf")
-            running.pidFile = running.commandLine[i];
+            running.pidFile = value;
+        if ((word == "-pf" || word == "-lf" || word == "-df") && value.compare(0, 1, "/") != 0 && running.isForIPv4())
+            running.reasonToLeaveIt = "its files are named relative to a directory that is not known any more";
     }
 }
 
@@ -69,7 +54,8 @@ void readCommandLine(RunningClient &running)
 std::vector<RunningClient> runningClients()
 {
     std::vector<pid_t> all = Procfs::processes();
-    all.erase(std::remove_if(all.begin(), all.end(), [](pid_t pid) { return !isClientOfThisMachine(pid); }), all.end());
+    all.erase(std::remove_if(all.begin(), all.end(), [](pid_t pid) { return !Client::isOfThisMachine(pid); }),
+              all.end());
 
     std::vector<RunningClient> clients;
     for (const pid_t pid : all) {
@@ -81,7 +67,10 @@ std::vector<RunningClient> runningClients()
         running.commandLine = Procfs::arguments(pid);
         running.processes = {running.client};
         readCommandLine(running);
-        if (('\0' + Procfs::read(pid, "environ")).find(std::string("\0PATH_DHCLIENT_", 15)) != std::string::npos)
+        if (stat.startTime == 0 || running.commandLine.empty())
+            continue; // it has just ended
+        if (running.reasonToLeaveIt.empty()
+            && ('\0' + Procfs::read(pid, "environ")).find(std::string("\0PATH_DHCLIENT_", 15)) != std::string::npos)
             running.reasonToLeaveIt = "its environment names files of its own";
 
         // Until it has bound, a client is the child of one that only waits, in the session of whoever started that.
