@@ -73,19 +73,17 @@ Names interfacesToServe(const RunningClient &earlier, const std::vector<RunningC
     const auto held =
         Bindings(Paths::resolve(ClientFacts::ValuesDirectory) + "/.interfaces").interfacesOf(earlier.client);
     Names served(held.begin(), held.end());
-    const bool isAlone = std::none_of(others.begin(), others.end(), std::mem_fn(&RunningClient::isForIPv4));
     const bool hasBound = earlier.processes.size() == 1;
-    if (served.empty() || (isAlone && !hasBound)) {
-        const Names all = isAlone && earlier.interfaces.empty() ? clientsInterfaces() : Names();
+    if (served.empty() || (others.empty() && !hasBound)) {
+        const Names all = others.empty() && earlier.interfaces.empty() ? clientsInterfaces() : Names();
         served.insert(all.begin(), all.end());
         served.insert(earlier.interfaces.begin(), earlier.interfaces.end());
     }
     Names taken = fixedInterfaces();
     for (const RunningClient &other : others) {
-        if (other.isForIPv4() && other.interfaces.empty())
+        if (other.interfaces.empty())
             return {};
-        if (other.isForIPv4())
-            taken.insert(other.interfaces.begin(), other.interfaces.end());
+        taken.insert(other.interfaces.begin(), other.interfaces.end());
     }
     return without(served, taken);
 }
@@ -126,6 +124,9 @@ void askAgain()
             ::syslog(LOG_INFO, "%s: left %d alone: %s", joined(running.interfaces).c_str(), running.client.number(),
                      running.reasonToLeaveIt.c_str());
     }
+    // From here on only those count that ask for IPv4.
+    others.erase(std::remove_if(others.begin(), others.end(), std::not_fn(std::mem_fn(&RunningClient::isForIPv4))),
+                 others.end());
     for (const RunningClient &running : earlier) {
         const Names interfaces = interfacesToServe(running, others);
         if (interfaces.empty())
@@ -134,7 +135,7 @@ void askAgain()
             restarts.push_back(
                 {running.processes, commandLine(interfaces), running.pidFile, {interfaces.begin(), interfaces.end()}});
     }
-    if (restarts.empty() && std::none_of(others.begin(), others.end(), std::mem_fn(&RunningClient::isForIPv4)))
+    if (restarts.empty() && others.empty())
         startClient();
     for (const Restart &next : restarts) {
         if (::fork() == 0) {
