@@ -8,34 +8,21 @@ from pathlib import Path
 
 import pytest
 
-from trial import run
-
-DEFINITION = """<dhcp-option>
-    <code>{code}</code> <name>{title}</name> <linux-name>{name}</linux-name> <linux-type>text</linux-type>
-    <dhcp-class>{dhcp_class}</dhcp-class> <linux-predefined>{predefined}</linux-predefined> <default>No</default>
-    <hide-option>{hidden}</hide-option>
-</dhcp-option>"""
-CONFIGURATION = "/etc/dhcp/dhclient.conf"
-REGISTRY = "/var/lib/vorkan/registry.db"
-
-
-def define(root, name, code, dhcp_class="Normal", predefined="No", hidden="No"):
-    root.write(f"/usr/share/kiro-dhcp-mgr/{name}.xml",
-               DEFINITION.format(name=name, title=f"Title of {name}", code=code, dhcp_class=dhcp_class,
-                                 predefined=predefined, hidden=hidden))
-
+from trial import CONFIGURATION, REGISTRY, run
 
 @pytest.fixture(autouse=True)
 def machine(root):
-    define(root, "proxy", 200)
-    define(root, "ntp-servers", 42, predefined="Yes")
-    define(root, "routers", 3, dhcp_class="Always-On", predefined="Yes")
-    define(root, "mtu", 26, dhcp_class="Always-Off", predefined="Yes")
-    define(root, "host-name", 12, dhcp_class="Managed", predefined="Yes")
-    define(root, "secret", 201, hidden="Yes")
+    off = "<default>No</default>"
+    predefined = "<linux-predefined>Yes</linux-predefined>"
+    root.define("proxy", 200, off)
+    root.define("ntp-servers", 42, off + predefined)
+    root.define("routers", 3, off + predefined + "<dhcp-class>Always-On</dhcp-class>")
+    root.define("mtu", 26, predefined + "<dhcp-class>Always-Off</dhcp-class>")
+    root.define("host-name", 12, off + predefined + "<dhcp-class>Managed</dhcp-class>")
+    root.define("secret", 201, off + "<hide-option>Yes</hide-option>")
     root.write(CONFIGURATION, "request routers;\n")
     # It reads a configuration, and is started for nothing else.
-    root.write("/usr/sbin/dhclient", '#!/bin/sh\n[ "$1" != -q ] || exec /usr/sbin/dhclient "$@"\n').chmod(0o755)
+    root.program("/usr/sbin/dhclient", '[[ $1 != -q ]] || exec /usr/sbin/dhclient "$@"')
     for program, place in (("app/kiro-dhcp-mgr", "/usr/bin"), ("dhclient/kiro-dhclient-edit", "/usr/sbin")):
         link = root.path(f"{place}/{Path(program).name}")
         link.parent.mkdir(parents=True, exist_ok=True)

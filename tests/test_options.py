@@ -3,15 +3,25 @@
 import re
 import shutil
 import tempfile
+from collections import namedtuple
 from pathlib import Path
 from xml.etree import ElementTree
 
 import pytest
 
 from realclient import RealClient, obstacle
-from trial import SOURCE, run, shipped_options
+from trial import SOURCE, run
 
-DEFINITIONS = SOURCE / "data/options"
+Option = namedtuple("Option", "path name code type predefined example requested")
+
+
+def shipped_options():
+    for path in sorted((SOURCE / "data/options").iterdir()):
+        element = ElementTree.parse(path).findtext
+        yield Option(path, element("linux-name"), int(element("code")), element("linux-type"),
+                     element("linux-predefined") == "Yes", element("example"), element("default") == "Yes")
+
+
 OPTIONS = list(shipped_options())
 
 
@@ -23,21 +33,19 @@ def client():
         yield RealClient(Path(directory))
 
 
-def test_definitions(root):
-    for path, option in zip(sorted(DEFINITIONS.iterdir()), OPTIONS):
-        assert path.name == f"{option.code:03}-{option.name}.xml"
-        for translated in ("name", "description"):
-            texts = ElementTree.parse(path).findall(translated)
-            assert {text.get("lang") for text in texts} == {"en", "de", "fr", "es"}, path.name
-    assert len({option.code for option in OPTIONS}) == len(OPTIONS)
-    # What Debian's dhclient.conf requests, no more and no less.
-    requested = {option.name for option in OPTIONS if option.requested}
-    assert requested == set("""subnet-mask broadcast-address time-offset routers domain-name domain-name-servers
-        domain-search host-name netbios-name-servers netbios-scope interface-mtu rfc3442-classless-static-routes
-        ntp-servers""".split())
-    shutil.copytree(DEFINITIONS, root.path("/usr/share/kiro-dhcp-mgr"))
-    program = run("app/kiro-dhcp-mgr", "--apply")
-    assert (program.returncode, program.stderr) == (0, b"")
+@pytest.mark.parametrize("option", OPTIONS, ids=lambda option: option.name)
+def test_definition_is_named_and_translated(option):
+    assert option.path.name == f"{option.code:03}-{option.name}.xml"
+    for translated in "name", "description":
+        texts = ElementTree.parse(option.path).findall(translated)
+        assert {text.get("lang") for text in texts} == {"en", "de", "fr", "es"}
+
+
+def test_program_reads_all_definitions(root):
+    shutil.copytree(SOURCE / "data/options", root.path("/usr/share/kiro-dhcp-mgr"))
+    listed = run("ctl/kiro-dhcpctl", "list", "--all")
+    assert listed.stderr == b""
+    assert len(listed.stdout.splitlines()) == len(OPTIONS) == len({option.code for option in OPTIONS})
 
 
 def literal(option):

@@ -2,11 +2,12 @@
 #define TRIAL_H
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFileInfo>
-#include <QProcess>
-#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
+
+#include <SQLiteCpp/SQLiteCpp.h>
 
 #include <iostream>
 #include <sstream>
@@ -31,66 +32,78 @@ public:
 
     void remove(const QString &fixedPath) const { QFile::remove(path(fixedPath)); }
 
-    /// Writes a definition file of the directory that the program scans; returns its path.
-    QString define(const QString &fileName, const QByteArray &elements) const
+    QString define(const QString &name, int code, const QByteArray &elements = QByteArray()) const
     {
-        return write("/usr/share/kiro-dhcp-mgr/" + fileName, "<dhcp-option>\n" + elements + "\n</dhcp-option>\n");
+        return write("/usr/share/kiro-dhcp-mgr/" + name + ".xml",
+                     "<dhcp-option><linux-name>" + name.toUtf8() + "</linux-name><name>" + name.toUpper().toUtf8()
+                         + "</name><code>" + QByteArray::number(code) + "</code><linux-type>text</linux-type>"
+                         + elements + "\n</dhcp-option>");
     }
 
-    void setValue(const QString &key, const QByteArray &text) const { write("/var/lib/dhcp3/vars/eth0/" + key, text); }
-
-    /// Puts a program at the path that only records its arguments, after `before` ran as shell code.
-    void installRecorder(const QString &fixedPath, const QByteArray &before = QByteArray()) const
+    void setValue(const QString &name, const QByteArray &text) const
     {
-        const QByteArray note = "\nIFS='|'\nprintf '%s\\n' \"${0##*/}|$*\" >>\"$KIRO_DHCP_MGR_ROOT/recorded\"\n";
-        QFile::setPermissions(write(fixedPath, "#!/bin/sh\n" + before + note), QFile::Permissions(0x7755));
+        write("/var/lib/dhcp3/vars/eth0/" + name, "x='" + text + "'\n");
     }
 
-    /// What the recorders noted, one line per call: the program's name and its arguments, separated by "|". Waits for
-    /// that many calls, without an event loop, which would end a tool that is slow.
-    QStringList recorded(int atLeast = 0) const
+    void program(const QString &fixedPath, const QByteArray &script) const
     {
+        QFile::setPermissions(write(fixedPath, "#!/bin/bash\n" + script), QFile::Permissions(0x7755));
+    }
+
+    /// Lets a program that only records how it was called take the place of one.
+    void record(const QString &fixedPath) const
+    {
+        write(fixedPath, "");
+        remove(fixedPath);
+        QFile::copy(SOURCE_DIRECTORY "/scripts/record-call", path(fixedPath));
+    }
+
+    /// What was recorded, a line per call, once that many have come. Without an event loop, which would end a tool
+    /// that is slow.
+    QStringList calls(int count) const
+    {
+        QElapsedTimer timer;
+        timer.start();
         for (;; QTest::qSleep(10)) {
-            QFile file(path("/recorded"));
-            const QByteArray notes = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-            if (notes.count('\n') >= atLeast)
-                return QString::fromUtf8(notes).split('\n', Qt::SkipEmptyParts);
+            QFile file(path("/record.log"));
+            const QByteArray lines = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+            if (lines.count('\n') >= count)
+                return QString::fromUtf8(lines).split('\n', Qt::SkipEmptyParts);
+            if (timer.hasExpired(60000))
+                qFatal("not %d calls but: %s", count, lines.constData());
         }
     }
 
-    void forgetRecorded() const { remove("/recorded"); }
+    void forgetCalls() const { remove("/record.log"); }
 
-    /// Runs SQL on the registry through the sqlite3 shell, as an administrator would, who may be the first to make it.
-    /// Returns the lines of its output.
-    QStringList sql(const QString &statement) const
+    /// The registry as an administrator sees it, who may be the first to make it.
+    SQLite::Database registry() const
     {
-        const QString table =
-            "CREATE TABLE IF NOT EXISTS entry(key TEXT PRIMARY KEY, type INTEGER NOT NULL, value TEXT);";
         QDir().mkpath(path("/var/lib/vorkan"));
-        QProcess shell;
-        shell.setProcessChannelMode(QProcess::MergedChannels);
-        shell.start("sqlite3", {path("/var/lib/vorkan/registry.db"), table + statement});
-        if (!shell.waitForFinished(-1))
-            qFatal("the sqlite3 shell does not run");
-        return QString::fromUtf8(shell.readAll()).split('\n', Qt::SkipEmptyParts);
+        SQLite::Database database(path("/var/lib/vorkan/registry.db").toStdString(),
+                                  SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
+        database.exec("CREATE TABLE IF NOT EXISTS entry(key TEXT PRIMARY KEY, type INTEGER NOT NULL, value TEXT)");
+        return database;
+    }
+
+    void store(const QString &key, int type, const QString &value) const
+    {
+        registry().exec(
+            QString("REPLACE INTO entry VALUES('%1', %2, '%3')").arg(key).arg(type).arg(value).toStdString());
+    }
+
+    /// The entry's value; "none" without an entry.
+    QString stored(const QString &key) const
+    {
+        const SQLite::Database database = registry();
+        SQLite::Statement query(database, "SELECT value FROM entry WHERE key = ?");
+        query.bind(1, key.toStdString());
+        return query.executeStep() ? QString::fromStdString(query.getColumn(0).getString()) : "none";
     }
 
 private:
     QTemporaryDir directory;
 };
-
-/// An element that makes a definition one of a custom option.
-inline const QByteArray Custom = "<linux-type>text</linux-type>";
-
-/// Adds a data row for each line of the table; the test fetches its "cells", which stand between " ; ". "\n" is a line
-/// break in a cell.
-inline void addRows(const char *table)
-{
-    QTest::addColumn<QStringList>("cells");
-    const QRegularExpression separator("(^| );( |$)");
-    for (const QString &line : QString::fromUtf8(table).split('\n', Qt::SkipEmptyParts))
-        QTest::newRow(qUtf8Printable(line.trimmed())) << line.trimmed().replace("\\n", "\n").split(separator);
-}
 
 /// Waits, for as long as a busy machine may need, until the condition holds.
 template <typename Condition>

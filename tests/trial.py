@@ -1,22 +1,14 @@
 """What the tests of the built programs share. They run in the build directory, as a user or as root."""
 
+import shutil
 import subprocess
 import time
-from collections import namedtuple
 from pathlib import Path
-from xml.etree import ElementTree
 
 SOURCE = Path(__file__).resolve().parent.parent
 PATIENCE = 60  # s that a busy machine may take for anything
-
-Option = namedtuple("Option", "name code type predefined example requested")
-
-
-def shipped_options():
-    for path in sorted((SOURCE / "data/options").glob("*.xml")):
-        element = ElementTree.parse(path).findtext
-        yield Option(element("linux-name"), int(element("code")), element("linux-type"),
-                     element("linux-predefined") == "Yes", element("example"), element("default") == "Yes")
+REGISTRY = "/var/lib/vorkan/registry.db"
+CONFIGURATION = "/etc/dhcp/dhclient.conf"
 
 
 class Root:
@@ -34,15 +26,37 @@ class Root:
         path.write_bytes(text if isinstance(text, bytes) else text.encode())
         return path
 
+    def program(self, fixed, script):
+        path = self.write(fixed, f"#!/bin/bash\n{script}\n")
+        path.chmod(0o755)
+        return path
+
+    def define(self, name, code, elements=""):
+        return self.write(f"/usr/share/kiro-dhcp-mgr/{name}.xml", f"""<dhcp-option>
+            <code>{code}</code> <linux-name>{name}</linux-name> <linux-type>text</linux-type>
+            <name>Title of {name}</name> {elements}
+            </dhcp-option>""")
+
+    def record(self, fixed):
+        """Lets a program that only records how it was called take the place of one."""
+        shutil.copy(SOURCE / "scripts/record-call", self.program(fixed, ""))
+
+    def calls(self, count):
+        """What was recorded, a line per call, once that many have come; in no order, since they may run at once."""
+        log = self.path("/record.log")
+        log.touch()
+        eventually(lambda: log.read_text().count("\n") >= count, f"{count} recorded calls")
+        return sorted(log.read_text().splitlines())
+
 
 def run(*command, **settings):
     """The process that ran; what it wrote is bytes, and at the end of both streams."""
     return subprocess.run(command, capture_output=True, timeout=PATIENCE, **settings)
 
 
-def eventually(condition):
-    """Waits, for as long as a busy machine may need, until the condition holds."""
+def eventually(condition, what):
+    """Waits until the condition holds; what is awaited is named if it does not come."""
     end = time.monotonic() + PATIENCE
     while not condition():
-        assert time.monotonic() < end
+        assert time.monotonic() < end, f"did not come: {what}"
         time.sleep(0.01)

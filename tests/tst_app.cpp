@@ -1,4 +1,4 @@
-// The application object and what the GUI library gives it.
+// The application object: signals, and what a second start does to the window.
 
 #include "dhcpapp.h"
 #include "dhcptable.h"
@@ -9,12 +9,8 @@
 #include "vapplication.h"
 
 #include <QComboBox>
-#include <QSignalSpy>
-#include <QSocketNotifier>
 
 #include <csignal>
-
-#include <sys/socket.h>
 
 class TestApp : public QObject
 {
@@ -23,54 +19,48 @@ class TestApp : public QObject
 private slots:
     void initTestCase()
     {
-        root.define("shown.xml", "<code>200</code><linux-name>shown</linux-name><name>Shown</name>" + Custom);
+        root.define("shown", 200);
         std::signal(SIGHUP, sighupHandler);
     }
 
-    void oneRefreshPerSignal()
+    void signalRefreshesTheValues()
     {
-        // Before there is a pair the handler must not write anywhere, least of all to descriptor 0.
-        const DhcpApp update(true, true);
-        int input[2];
-        QVERIFY(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, input) == 0 && ::dup2(input[0], 0) == 0);
+        const DhcpApp app(false, false);
+        root.setValue("shown", "new");
         std::raise(SIGHUP);
-        QVERIFY(!update.findChild<QSocketNotifier *>() && ::recv(input[1], input, 1, MSG_DONTWAIT) < 0);
+        const QTableWidgetItem *value = app.mainWindow()->optionTable()->item(0, ValueColumn);
+        QVERIFY(eventually([&] { return value->text() == "new"; }));
+    }
 
-        const DhcpApp app(false, true);
-        QCOMPARE(app.mainWindow()->findChild<QComboBox *>()->currentIndex(), int(ShowAll));
-        const QSignalSpy refreshes(app.findChild<QSocketNotifier *>(), &QSocketNotifier::activated);
-        root.setValue("shown", "x=1");
-        for (int i = 0; i < 3; ++i)
-            std::raise(SIGHUP);
-        char byte = 0;
-        QVERIFY(eventually([&] { return ::recv(sighupSockets[1], &byte, 1, MSG_DONTWAIT | MSG_PEEK) < 0; }));
-        QCOMPARE(refreshes.count(), 3);
-        QCOMPARE(app.mainWindow()->optionTable()->item(0, ValueColumn)->text(), "1");
-        // More signals than the socket holds, while nothing reads it: the handler must come back.
+    /// More signals than the socket holds, while nothing reads it: the handler must come back.
+    void manySignalsDoNotBlock()
+    {
+        const DhcpApp app(false, false);
         for (int i = 0; i < 2000; ++i)
             std::raise(SIGHUP);
     }
 
-    /// A second start shows the window, unless nobody started it to see one.
-    void broughtToFront()
+    void startsInTheViewOfAllOptions()
+    {
+        const DhcpApp app(false, true);
+        QCOMPARE(app.mainWindow()->findChild<QComboBox *>()->currentText(), "Show All Options");
+    }
+
+    void secondStartRaisesTheWindow()
     {
         const DhcpApp app(false, false);
         app.mainWindow()->showMinimized();
-        for (const bool asksToShow : {false, true}) {
-            InstanceLock second("kiro-dhcp-mgr");
-            QCOMPARE(second.acquire(asksToShow), InstanceLock::State::Held);
-            QCOMPARE(second.holder(), ::getpid());
-            QVERIFY(QTest::qWaitFor([&] { return !app.mainWindow()->isMinimized(); }, asksToShow ? 60000 : 50)
-                    == asksToShow);
-        }
-        // The tool inherits neither this socket nor the signals'.
-        root.installRecorder("/usr/sbin/kiro-dhclient-edit", "set -- $(ls -l /proc/$$/fd | grep -c socket)");
-        app.mainWindow()->optionTable()->applyOptions(true);
-        QCOMPARE(root.recorded(1), QStringList("kiro-dhclient-edit|0"));
+        InstanceLock unseen("kiro-dhcp-mgr");
+        QCOMPARE(unseen.acquire(false), InstanceLock::State::Held); // nobody started it to see a window
+        QCoreApplication::processEvents();
+        QVERIFY(app.mainWindow()->isMinimized());
+        InstanceLock second("kiro-dhcp-mgr");
+        QCOMPARE(second.acquire(true), InstanceLock::State::Held);
+        QVERIFY(eventually([&] { return !app.mainWindow()->isMinimized(); }));
     }
 
 private:
-    TrialRoot root;
+    const TrialRoot root;
 };
 
 int main(int argc, char **argv)

@@ -11,66 +11,98 @@ class TestRegistry : public QObject
     Q_OBJECT
 
 private slots:
-    void pendingUntilCommitted()
+    void init()
     {
-        StoreRoot root;
-        QVERIFY(!root.store.find("a") && !root.store.set("a", "x") && root.store.commit());
-        root.store.create("a", VorkanBoolType);
-        QVERIFY(root.store.set("a", "é"));
-        QVERIFY2(!root.file.exists(), "neither reading nor a pending change makes the file");
-        const mode_t previous = ::umask(077);
-        QVERIFY(root.store.commit());
-        ::umask(previous);
-        QVERIFY(root.file.permissions().testFlag(QFile::ReadOther));
-        QVERIFY(!QFile::exists(root.file.fileName() + "-journal"));
+        root = std::make_unique<TrialRoot>();
+        file = root->path("/var/lib/vorkan/registry.db");
+        store = std::make_unique<RegistryStore>(file.toStdString());
+    }
 
-        root.sql("CREATE TRIGGER refuse BEFORE UPDATE ON entry BEGIN SELECT RAISE(ABORT, 'written'); END");
-        root.store.create("a", VorkanNumberType);
-        root.store.create("0", VorkanNumberType);
-        QCOMPARE(root.store.find("a")->value, "é");
-        QVERIFY2(root.store.set("0", "") && root.store.set("a", "é"), "an equal value is written too");
+    void changesArePendingUntilTheyAreCommitted()
+    {
+        QVERIFY(!store->set("entry", "x")); // there is none
+        store->create("entry", VorkanBoolType);
+        QVERIFY(store->set("entry", "é"));
+        QCOMPARE(store->find("entry")->value, "é");
+        QVERIFY(!QFile::exists(file));
+        QVERIFY(store->commit());
+        QCOMPARE(root->stored("entry"), "é");
+    }
+
+    void everybodyMayReadTheRegistry()
+    {
+        const mode_t previous = ::umask(077);
+        store->create("entry", VorkanBoolType);
+        QVERIFY(store->commit());
+        ::umask(previous);
+        QVERIFY(QFile::permissions(file).testFlag(QFile::ReadOther));
+    }
+
+    void failedCommitKeepsTheChangesAndIsReportedOnce()
+    {
+        root->store("old", VorkanBoolType, "1");
+        root->registry().exec("CREATE TRIGGER refuse BEFORE UPDATE ON entry BEGIN SELECT RAISE(ABORT, 'no'); END");
+        store->create("new", VorkanBoolType);
+        store->set("new", "1");
+        store->set("old", "0");
         const CapturedErrors errors;
-        QVERIFY(!root.store.commit() && !root.store.commit());
-        QCOMPARE(errors.text(), "Cannot write registry " + root.file.fileName() + ": written\n");
-        root.sql("DROP TRIGGER refuse");
-        QCOMPARE(root.sql("SELECT * FROM entry"), QStringList("a|10|é"));
-        QVERIFY2(root.store.commit(), "the changes are still pending");
-        QCOMPARE(root.sql("SELECT * FROM entry ORDER BY key"), QStringList({"0|7|", "a|10|é"}));
-        root.sql("UPDATE entry SET value = 'ü'");
-        QCOMPARE(root.store.find("a")->value, "ü");
+        QVERIFY(!store->commit());
+        QVERIFY(!store->commit());
+        QCOMPARE(errors.text(), "Cannot write registry " + file + ": no\n");
+        QCOMPARE(root->stored("new"), "none"); // all of them or none
+        root->registry().exec("DROP TRIGGER refuse");
+        QVERIFY(store->commit());
+        QCOMPARE(root->stored("new"), "1");
+        QCOMPARE(root->stored("old"), "0");
+    }
+
+    void otherProcessesChangesAreSeen()
+    {
+        store->create("entry", VorkanBoolType);
+        QVERIFY(store->commit());
+        root->store("entry", VorkanBoolType, "other");
+        QCOMPARE(store->find("entry")->value, "other");
     }
 
     /// A value that was set wins over one that another process made meanwhile, an empty one that was created does not.
-    void otherWriters()
+    void commitWaitsForAnotherProcessAndKeepsItsEntries()
     {
-        StoreRoot root;
-        root.store.create("set", VorkanNumberType);
-        root.store.set("set", "1");
-        root.store.create("bare", VorkanNumberType);
-        root.sql("INSERT INTO entry VALUES('set', 7, '2'), ('bare', 7, '2')");
-        SQLite::Database other(root.file.fileName().toStdString(), SQLite::OPEN_READWRITE);
-        other.exec("BEGIN IMMEDIATE");
+        store->create("set", VorkanNumberType);
+        store->set("set", "1");
+        store->create("created", VorkanNumberType);
+        SQLite::Database other = root->registry();
+        other.exec("BEGIN IMMEDIATE; INSERT INTO entry VALUES('set', 7, '2'), ('created', 7, '2')");
         const auto release = std::async(std::launch::async, [&] {
             QTest::qSleep(300);
             other.exec("COMMIT");
         });
-        QVERIFY(root.store.commit());
-        QCOMPARE(root.sql("SELECT value FROM entry ORDER BY key"), QStringList({"2", "1"}));
-        root.store.create("new", VorkanBoolType);
-        root.file.remove(); // while it is open
-        QVERIFY(root.store.commit());
-        QCOMPARE(root.sql("SELECT key FROM entry"), QStringList("new"));
-        root.file.remove();
-        root.write("/var/lib/vorkan/registry.db", ""); // an empty registry
-        QVERIFY(!root.store.find("new") && !root.store.find("set") && root.store.isReadable());
+        QVERIFY(store->commit());
+        QCOMPARE(root->stored("set"), "1");
+        QCOMPARE(root->stored("created"), "2");
+    }
+
+    void registryThatIsRemovedMeanwhileIsMadeAgain()
+    {
+        store->create("old", VorkanBoolType);
+        QVERIFY(store->commit());
+        QFile::remove(file);
+        store->create("new", VorkanBoolType);
+        QVERIFY(store->commit());
+        QCOMPARE(root->stored("new"), "");
+        QCOMPARE(root->stored("old"), "none");
+    }
+
+    void emptyFileIsAnEmptyRegistry()
+    {
+        root->write("/var/lib/vorkan/registry.db", "");
+        QVERIFY(!store->find("entry"));
+        QVERIFY(store->isReadable());
     }
 
 private:
-    struct StoreRoot : TrialRoot
-    {
-        QFile file{path("/var/lib/vorkan/registry.db")};
-        RegistryStore store{file.fileName().toStdString()};
-    };
+    std::unique_ptr<TrialRoot> root;
+    QString file;
+    std::unique_ptr<RegistryStore> store;
 };
 
 QTEST_GUILESS_MAIN(TestRegistry)

@@ -1,0 +1,126 @@
+"""What a definition may say, and the values received for its option, as kiro-dhcpctl shows them."""
+
+import json
+import os
+
+import pytest
+
+from trial import run
+
+IGNORED = "Parse error, file ignored: {}\n"
+FAILED = "DhcpOption: File parse failed for {}\n" + IGNORED
+
+
+def show(root, elements="", **environment):
+    """What is shown of an option whose definition has these elements beside the necessary ones."""
+    root.define("foo", 200, elements)
+    shown = run("ctl/kiro-dhcpctl", "show", "foo", "--json", env=os.environ | environment)
+    assert shown.stderr == b""
+    return json.loads(shown.stdout)
+
+
+@pytest.mark.parametrize("elements, key, value", [
+    ("<code>0x2A</code>", "standard_code", 42),
+    ("<code>052</code>", "standard_code", 42),
+    ("<NAME LANG='en'>Other</NAME>", "title", "Other"),
+    ("<name lang='fr'>Autre</name>", "title", "Title of foo"),
+    ("<name>a<!-- -->&lt;b\r\nc</name>", "title", "a<b\r\nc"),
+    ("<description> D </description>", "description", " D "),
+    ("<example>192.0.2.1</example>", "example", "192.0.2.1"),
+    ("<windows-name>W</windows-name>", "windows_name", "W"),
+    ("<windows-type>long integer ARRAY</windows-type>", "windows_type", "long integer ARRAY"),
+    ("", "windows_type", "Unknown"),
+    ("<linux-type>Array of Boolean</linux-type>", "type", "Array of Boolean"),
+    ("<linux-type>unsigned text</linux-type>", "type", "unsigned text"),
+    ("<dhcp-class>Managed</dhcp-class><dhcp-class>user-controlled</dhcp-class>", "class", "normal"),
+    ("<dhcp-class>always on</dhcp-class>", "class", "always-on"),
+    ("<dhcp-class>ALWAYS-OFF</dhcp-class>", "class", "always-off"),
+    ("<dhcp-class>Managed</dhcp-class>", "class", "managed"),
+    ("", "requested", True),
+    ("<default>Disabled</default>", "requested", False),
+    ("<default>no</default><default>ENABLED</default>", "requested", True),
+    ("<linux-predefined>Yes</linux-predefined>", "predefined", True),
+    ("<standard-option>On</standard-option>", "standard_option", True),
+])
+def test_accepted(root, elements, key, value):
+    assert show(root, elements)[key] == value
+
+
+@pytest.mark.parametrize("elements, complaint", [
+    ("<code>42h</code>", "Bad <code> element: '42h'"),
+    ("<code>4294967296</code>", "Bad <code> element: '4294967296'"),
+    ("<code></code>", "<code> element without a value\nBad <code> element: ''"),
+    ("<windows-type>Array</windows-type>", "Bad <windows-type> element: 'Array'"),
+    ("<linux-type>array of unsigned text</linux-type>", "Bad <linux-type> element: 'array of unsigned text'"),
+    ("<linux-type>encapsulate x</linux-type>", "Bad <linux-type> element: 'encapsulate x'"),
+    ("<DHCP-Class>Never</DHCP-Class>", "Bad <dhcp-class> element: 'Never'"),
+    ("<default>1</default>", "Bad <default> element: '1'"),
+    ("<hide-option> on</hide-option>", "Bad <hide-option> element: ' on'"),
+    ("<Comment>x</Comment>", "Unrecognized element 'Comment'"),
+])
+def test_bad_element_is_reported_and_the_file_ignored(root, elements, complaint):
+    path = root.define("foo", 200, elements)
+    done = run("ctl/kiro-dhcpctl", "list")
+    assert done.stdout == b""
+    assert done.stderr.decode() == f"{complaint}\n" + FAILED.format(path, path)
+
+
+def test_faulty_files_are_reported_in_the_order_of_their_names(root):
+    def write(name, content):
+        return root.write(f"/usr/share/kiro-dhcp-mgr/{name}", content)
+
+    write("a.txt", "no definition")
+    empty = write("B.XML", "<dhcp-option><!-- nothing --> </dhcp-option>")
+    nameless = write("c.xml", "<dhcp-option><code>1</code><linux-name>c</linux-name>"
+                              "<linux-predefined>yes</linux-predefined> </dhcp-option>")
+    deep = write("d.xml", "<name>" * 200000)  # Qt's reader calls itself for each
+    os.mkfifo(root.path("/pipe"))
+    pipe = root.path("/usr/share/kiro-dhcp-mgr/e.xml")
+    pipe.symlink_to("../../../pipe")
+    incomplete = ("Error:  No code specified in {}\nError:  No <linux-name> specified in {}\n"
+                  "Error:  No <linux-type> specified in {}\n" + FAILED)
+    assert run("ctl/kiro-dhcpctl", "list").stderr.decode() == "".join([
+        incomplete.replace("{}", str(empty)),
+        IGNORED.format(nameless),
+        incomplete.replace("{}", str(deep)),
+        f"DhcpOption: File not readable for {pipe}\n" + IGNORED.format(pipe)])
+
+
+@pytest.mark.parametrize("locale, title", [
+    ("de_DE.UTF-8", "Standard German"), ("de_AT.UTF-8", "German"), ("fr_FR.UTF-8", "American"), ("C", "American"),
+])
+def test_name_in_the_language_of_the_user(root, locale, title):
+    names = "".join(f"<name lang='{language}'>{text}</name>" for language, text in (
+        ("de_DE", "Standard German"), ("de", "German"), ("en_US", "American"), ("en", "English")))
+    assert show(root, names, LC_ALL=locale)["title"] == title
+
+
+@pytest.mark.parametrize("content, value", [
+    ("\n # a=b\n\n no assignment\n  x=a=b \nx=2", "a=b "),
+    ("# only\n\nno assignment\n", None),
+    ("x=", ""),
+    ("x=\"quoted\"", "quoted"),
+    ("x='mixed\"", "'mixed\""),
+    ("x='äö €'\r\n", "äö €"),
+])
+def test_value(root, content, value):
+    root.write("/var/lib/dhcp3/vars/eth0/foo", content)
+    assert show(root)["value"] == value
+
+
+def test_long_value_is_cut(root):
+    root.write("/var/lib/dhcp3/vars/eth0/foo", "x=" + "v" * 100000)
+    assert len(show(root)["value"]) == 64 * 1024 - len("x=")
+
+
+def test_value_comes_from_the_first_file_that_can_be_opened(root):
+    root.define("a_b", 200)
+    files = [root.write(f"/var/lib/dhcp3/vars/{name}", f"x={name}")
+             for name in ("eth0/a-b", "eth0/a_b", "eth1/a-b", "eth1/a_b")]
+    for file in files:
+        shown = run("ctl/kiro-dhcpctl", "show", "a_b", "--json").stdout
+        assert json.loads(shown)["value"] == f"{file.parent.name}/{file.name}"
+        file.unlink()
+    os.mkfifo(files[0])  # is not waited for
+    files[1].write_text("x=behind the pipe")
+    assert json.loads(run("ctl/kiro-dhcpctl", "show", "a_b", "--json").stdout)["value"] is None
