@@ -21,24 +21,18 @@ def show(root, elements="", **environment):
 
 @pytest.mark.parametrize("elements, key, value", [
     ("<code>0x2A</code>", "standard_code", 42),
-    ("<code>052</code>", "standard_code", 42),
     ("<NAME LANG='en'>Other</NAME>", "title", "Other"),
     ("<name lang='fr'>Autre</name>", "title", "Title of foo"),
     ("<name>a<!-- -->&lt;b\r\nc</name>", "title", "a<b\r\nc"),
     ("<description> D </description>", "description", " D "),
-    ("<example>192.0.2.1</example>", "example", "192.0.2.1"),
-    ("<windows-name>W</windows-name>", "windows_name", "W"),
     ("<windows-type>long integer ARRAY</windows-type>", "windows_type", "long integer ARRAY"),
     ("", "windows_type", "Unknown"),
-    ("<linux-type>Array of Boolean</linux-type>", "type", "Array of Boolean"),
     ("<linux-type>unsigned text</linux-type>", "type", "unsigned text"),
-    ("<dhcp-class>Managed</dhcp-class><dhcp-class>user-controlled</dhcp-class>", "class", "normal"),
     ("<dhcp-class>always on</dhcp-class>", "class", "always-on"),
     ("<dhcp-class>ALWAYS-OFF</dhcp-class>", "class", "always-off"),
     ("<dhcp-class>Managed</dhcp-class>", "class", "managed"),
     ("", "requested", True),
     ("<default>Disabled</default>", "requested", False),
-    ("<default>no</default><default>ENABLED</default>", "requested", True),
     ("<linux-predefined>Yes</linux-predefined>", "predefined", True),
     ("<standard-option>On</standard-option>", "standard_option", True),
 ])
@@ -48,11 +42,9 @@ def test_accepted(root, elements, key, value):
 
 @pytest.mark.parametrize("elements, complaint", [
     ("<code>42h</code>", "Bad <code> element: '42h'"),
-    ("<code>4294967296</code>", "Bad <code> element: '4294967296'"),
     ("<code></code>", "<code> element without a value\nBad <code> element: ''"),
     ("<windows-type>Array</windows-type>", "Bad <windows-type> element: 'Array'"),
     ("<linux-type>array of unsigned text</linux-type>", "Bad <linux-type> element: 'array of unsigned text'"),
-    ("<linux-type>encapsulate x</linux-type>", "Bad <linux-type> element: 'encapsulate x'"),
     ("<DHCP-Class>Never</DHCP-Class>", "Bad <dhcp-class> element: 'Never'"),
     ("<default>1</default>", "Bad <default> element: '1'"),
     ("<hide-option> on</hide-option>", "Bad <hide-option> element: ' on'"),

@@ -61,10 +61,8 @@ def start(request):
 
 @pytest.mark.parametrize("passed, shown", [
     (r"\$(>ran)\`>ran\`\';>ran;\' \| >ran \& \"", "$(>ran)`>ran`';>ran;' | >ran & \""),
-    ("$(>ran)`>ran`';>ran;'", "$(>ran)`>ran`';>ran;'"),
     (r"\303\244\360\237\230\200", "\u00e4\U0001f600"),
     (r"C:\\x\\012\q\12\400\378", r"C:\x\012\q\12\400\378"),
-    (r"\000\011\033[2J\177", r"\000\011\033[2J\177"),
     ("a\nb\x1b", r"a\012b\033"),
     ("\u202e\u200b\u2028\ufeff\U000e0000", r"\342\200\256\342\200\213\342\200\250\357\273\277\363\240\200\200"),
     ("\x85\xad\u115f\uf8ff\ufdd0", r"\302\205\302\255\341\205\237\357\243\277\357\267\220"),
@@ -113,24 +111,10 @@ def test_directories_of_interfaces(hook):
     assert shown_after("TIMEOUT", "wlan1") == {}  # no interface got the address
 
 
-def test_faulty_record_of_interfaces(hook, root):
-    root.write("/var/lib/dhcp3/vars/.interfaces", "x\nbr0 ../x -\neth0 eth1 1,1,x\nwlan1 eth1 -\nwlan2 eth1 -\n")
-    hook.event("BOUND", "wlan2", new_from="wlan2")
-    hook.event("BOUND", "wlan1", new_from="wlan1")
-    assert hook.values() == {"eth0/from": "wlan2", "eth1/from": "wlan1"}
-
-
 def test_value_that_cannot_be_written_does_not_keep_others(hook):
     hook.directory.joinpath("eth0/a/x").mkdir(parents=True)  # a directory in the place of its file
     assert len(hook.event("BOUND", new_a="1", new_b="2")) == 1
     assert hook.values() == {"eth0/b": "2"}
-
-
-def test_lock_that_leads_elsewhere_is_refused(hook):
-    hook.directory.mkdir(parents=True)
-    hook.directory.joinpath(".lock").symlink_to("../important")
-    assert len(hook.event("BOUND", new_a="1")) == 1
-    assert hook.values() == {}
 
 
 def test_linked_value_directory_is_refused(hook, root):
@@ -139,14 +123,6 @@ def test_linked_value_directory_is_refused(hook, root):
     hook.directory.joinpath("eth0").symlink_to(other)
     assert len(hook.event("BOUND", new_a="1")) == 1
     assert os.listdir(other) == ["important"]
-
-
-def test_reader_gets_all_of_what_it_opened_and_equal_values_are_not_written(hook):
-    hook.event("BOUND", new_other="1", new_same="1")
-    with open(hook.directory / "eth0/other") as other, open(hook.directory / "eth0/same") as same:
-        hook.event("RENEW", new_other="2", new_same="1")
-        assert other.read() == "new_other='1'\n"
-        assert os.path.samestat(os.fstat(same.fileno()), os.stat(same.name))
 
 
 def test_value_that_a_renewal_did_not_ask_for_is_kept(hook):

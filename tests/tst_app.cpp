@@ -8,8 +8,6 @@
 #include "trial.h"
 #include "vapplication.h"
 
-#include <QComboBox>
-
 #include <csignal>
 
 class TestApp : public QObject
@@ -38,12 +36,6 @@ private slots:
         const DhcpApp app(false, false);
         for (int i = 0; i < 2000; ++i)
             std::raise(SIGHUP);
-    }
-
-    void startsInTheViewOfAllOptions()
-    {
-        const DhcpApp app(false, true);
-        QCOMPARE(app.mainWindow()->findChild<QComboBox *>()->currentText(), "Show All Options");
     }
 
     void secondStartRaisesTheWindow()

@@ -6,8 +6,6 @@
 #include <QContextMenuEvent>
 #include <QLabel>
 #include <QLineEdit>
-#include <QScreen>
-#include <QScrollBar>
 
 class TestTable : public WindowTest
 {
@@ -68,41 +66,18 @@ private slots:
         QVERIFY(table->isColumnHidden(KeyColumn));
     }
 
-    void viewsListTheirOptions_data()
-    {
-        QTest::addColumn<int>("view");
-        QTest::addColumn<QStringList>("listed");
-        QTest::newRow("custom") << int(ShowCustom) << QStringList{"custom"};
-        QTest::newRow("common") << int(ShowCommon) << QStringList{"custom", "known"};
-        QTest::newRow("all") << int(ShowAll) << QStringList{"custom", "known", "hidden", "hidden-known"};
-    }
-
     void viewsListTheirOptions()
     {
-        QFETCH(int, view);
-        open({{"custom", 1},
-              {"known", 2, Predefined},
-              {"hidden", 3, Hidden},
-              {"hidden-known", 4, QByteArray(Hidden) + Predefined}});
-        window->findChild<QComboBox *>()->setCurrentIndex(view);
-        table->changeViewMode(3); // there is no such view
-        QStringList listed;
-        for (const DhcpOption *option : options) {
-            if (!table->isRowHidden(row(option->linuxName)))
-                listed << option->linuxName;
-        }
-        QTEST(listed, "listed");
-    }
-
-    /// The keyboard has a cell to start from in each view, and none that is not shown.
-    void currentCellIsInTheView()
-    {
-        open({{"known", 1, Predefined}, {"custom", 2}});
-        QCOMPARE(currentName(), "custom");
-        table->changeViewMode(ShowAll);
+        open({{"custom", 1}, {"known", 2, Predefined}, {"hidden", 3, Hidden}});
+        auto *selector = window->findChild<QComboBox *>();
+        QCOMPARE(shownNames(), QStringList("custom"));
+        selector->setCurrentIndex(ShowCommon);
+        QCOMPARE(shownNames(), QStringList({"custom", "known"}));
+        selector->setCurrentIndex(ShowAll);
+        QCOMPARE(shownNames(), QStringList({"custom", "known", "hidden"}));
         table->setCurrentCell(row("known"), RequestedColumn);
-        table->changeViewMode(ShowCustom);
-        QCOMPARE(currentName(), "custom");
+        selector->setCurrentIndex(ShowCustom);
+        QCOMPARE(currentName(), "custom"); // the keyboard has a cell to go on from
     }
 
     void emptyViewSaysWhereTheOptionsAre()
@@ -130,34 +105,15 @@ private slots:
         QCOMPARE(cell("other", CodeColumn)->text(), "003");
     }
 
-    void longTextsDoNotMakeTheWindowWiderThanTheScreen()
+    void codeFrom1To255IsTaken()
     {
-        const QString name(100, 'n');
-        root.setValue(name, QByteArray(300, 'v'));
-        open({{name, 200}});
-        QVERIFY(table->minimumWidth() <= QGuiApplication::primaryScreen()->availableSize().width());
-        QVERIFY(!table->horizontalScrollBar()->isVisible());
-    }
-
-    void typedCode_data()
-    {
-        QTest::addColumn<QString>("typed");
-        QTest::addColumn<quint32>("code");
-        QTest::addColumn<QString>("shown");
-        QTest::newRow("with a zero") << "0251" << 251u << "0251";
-        QTest::newRow("the largest") << "255" << 255u << "255";
-        QTest::newRow("too large") << "256" << 200u << "200";
-        QTest::newRow("zero") << "0" << 200u << "200";
-        QTest::newRow("no number") << "0x10" << 200u << "200";
-    }
-
-    void typedCode()
-    {
-        QFETCH(QString, typed);
         open({{"custom", 200}});
-        cell("custom", CodeColumn)->setText(typed);
-        QTEST(cell("custom", CodeColumn)->text(), "shown");
-        QTEST(options.first()->code, "code");
+        cell("custom", CodeColumn)->setText("255");
+        for (const QString refused : {"0", "256", "0x10", ""}) {
+            cell("custom", CodeColumn)->setText(refused);
+            QCOMPARE(cell("custom", CodeColumn)->text(), "255");
+        }
+        QCOMPARE(options.first()->code, 255u);
     }
 
     void codeIsAppliedAndStored()
@@ -171,11 +127,6 @@ private slots:
         QCOMPARE(root.calls(4).filter("kiro-dhclient-edit").last(),
                  "kiro-dhclient-edit '--del-new-option' 'custom 200 text' '--del-new-option' 'custom 240 text' "
                  "'--add-new-option' 'custom 241 text' '--add-request' 'custom'");
-        cell("custom", CodeColumn)->setText("200");
-        window->apply();
-        QCOMPARE(root.calls(6).filter("kiro-dhclient-edit").last(),
-                 "kiro-dhclient-edit '--del-new-option' 'custom 241 text' '--add-new-option' 'custom 200 text' "
-                 "'--add-request' 'custom'");
     }
 
     void onlyWhatHasChangedIsApplied()
@@ -231,19 +182,6 @@ private slots:
         }
     }
 
-    void rowIsStillInSightAfterItsCodeHasMovedIt()
-    {
-        QList<Definition> definitions;
-        for (int i = 0; i < 40; ++i)
-            definitions.append({QString("n%1").arg(i), 100 + i});
-        open(definitions);
-        table->setCurrentItem(cell("n0", CodeColumn));
-        cell("n0", CodeColumn)->setText("250");
-        QCOMPARE(row("n0"), 39);
-        QVERIFY(eventually(
-            [&] { return table->viewport()->rect().contains(table->visualItemRect(cell("n0", CodeColumn))); }));
-    }
-
     void clickedBoxIsCurrent()
     {
         open({{"first", 1}, {"second", 2}});
@@ -251,18 +189,6 @@ private slots:
         click("second", RequestedColumn);
         QCOMPARE(table->currentItem(), cell("second", RequestedColumn));
         QCOMPARE(cell("second", RequestedColumn)->checkState(), Qt::Unchecked);
-    }
-
-    void ticksAreSortedAtTheNextSort()
-    {
-        open({{"ticked", 1}, {"clear", 2, NotRequested}, {"also-ticked", 3}});
-        table->sortByColumn(RequestedColumn, Qt::AscendingOrder);
-        QCOMPARE(row("clear"), 2);
-        click("ticked", RequestedColumn);
-        table->refreshValues();
-        QCOMPARE(row("ticked"), 0);
-        table->sortByColumn(RequestedColumn, Qt::DescendingOrder);
-        QCOMPARE(row("also-ticked"), 2);
     }
 
     void openMenuKeepsItsOption()
@@ -282,13 +208,15 @@ private slots:
         QVERIFY(eventually([] { return QApplication::clipboard()->text() == "TWO"; }));
     }
 
-    void emptyRowTakesNoText()
+private:
+    QStringList shownNames() const
     {
-        const CapturedErrors repeatedName;
-        open({{"twice", 1}, {"twice", 2}});
-        table->setCurrentIndex(table->model()->index(1 - row("twice"), NameColumn));
-        press(Qt::Key_F2);
-        QVERIFY(!table->viewport()->findChild<QLineEdit *>());
+        QStringList names;
+        for (int row = 0; row < table->rowCount(); ++row) {
+            if (!table->isRowHidden(row))
+                names << table->item(row, KeyColumn)->text();
+        }
+        return names;
     }
 };
 

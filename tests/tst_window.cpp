@@ -4,12 +4,9 @@
 #include "vapplyokcancelpanel.h"
 #include "windowtest.h"
 
-#include <QAccessible>
 #include <QClipboard>
 #include <QContextMenuEvent>
-#include <QHelpEvent>
 #include <QLabel>
-#include <QLineEdit>
 #include <QMessageBox>
 #include <QTimer>
 #include <QToolTip>
@@ -21,21 +18,14 @@ class TestWindow : public WindowTest
     Q_OBJECT
 
 private slots:
-    void partsAreThereAndReachedByTab()
+    void tabReachesTheButtonsInTheirOrder()
     {
         open({{"a", 1}, {"b", 2}});
         QVERIFY(hasLabel("DHCP Option Manager"));
-        QCOMPARE(QAccessible::queryAccessibleInterface(table)->text(QAccessible::Name), "DHCP options");
-        QStringList headings;
-        for (int column = RequestedColumn; column < KeyColumn; ++column)
-            headings << table->horizontalHeaderItem(column)->text();
-        QCOMPARE(headings, QStringList({"Requested", "DHCP\nCode", "Name", "Info", "Current\nValue"}));
-        auto *selector = window->findChild<QComboBox *>();
-        QCOMPARE(selector->currentText(), "Show Custom Options");
         const auto *panel = window->findChild<VApplyOkCancelPanel *>();
-        for (QWidget *next :
-             {static_cast<QWidget *>(selector), static_cast<QWidget *>(panel->applyButton()),
-              static_cast<QWidget *>(panel->okButton()), static_cast<QWidget *>(panel->cancelButton())}) {
+        const QList<QWidget *> inOrder = {window->findChild<QComboBox *>(), panel->applyButton(), panel->okButton(),
+                                          panel->cancelButton()};
+        for (const QWidget *next : inOrder) {
             press(Qt::Key_Tab);
             QCOMPARE(QApplication::focusWidget(), next);
         }
@@ -60,39 +50,49 @@ private slots:
     {
         open({{"known", 3, QByteArray(Predefined) + NotRequested}});
         table->changeViewMode(ShowAll);
-        const QString box = boxOpenedBy([&] { click("known", InfoColumn); });
-        QCOMPARE(box, "<i>Details on DHCP Option 3 -- KNOWN:</i>\n"
-                      "Fixed DHCP Code: <b>3</b><br />Name: <b>KNOWN</b><br />"
-                      "Windows DHCP Option Type: <b>Unknown</b><br />Linux DHCP Option Name: <b>known</b><br />"
-                      "Linux DHCP Option Type: <b>text</b><br />Standard DHCP Option?  <b>Ostrel Extension<b><br />");
+        table->setCurrentCell(0, InfoColumn);
+        const QString box = boxOpenedBy([&] { press(Qt::Key_F1); });
+        QVERIFY(box.contains("\nFixed DHCP Code: <b>3</b><br />Name: <b>KNOWN</b><br />"));
+        QVERIFY(box.endsWith("Standard DHCP Option?  <b>Ostrel Extension<b><br />"));
     }
 
-    /// Of equal codes the first option in the list is described, for the other one's row too.
-    void detailsByCode()
+    void typingANameOrACodeGoesToItsRow()
     {
-        open({{"first", 250}, {"second", 251}});
-        cell("second", CodeColumn)->setText("250");
-        QVERIFY(boxOpenedBy([&] { click("second", InfoColumn); }).contains("FIRST"));
+        open({{"start", 12}, {"top box", 120, NotRequested}, {"proxy", 25}, {"print", 255}, {"quiet", 1, Hidden}});
+        QCOMPARE(currentAfterTyping("pri"), "print");
+        QCOMPARE(currentAfterTyping("pp"), "print");      // the same letter again goes on to the next row
+        QCOMPARE(currentAfterTyping("top b"), "top box"); // the blank ticks nothing
+        QCOMPARE(currentAfterTyping("25"), "proxy");
+        QCOMPARE(currentAfterTyping("0120"), "top box");
+        QCOMPARE(currentAfterTyping("q"), "start"); // not in this view
     }
 
-    void detailsAreOpenedBy_data()
+    void findFieldGoesToTheRow()
     {
-        QTest::addColumn<Qt::Key>("key");
-        QTest::addColumn<int>("column");
-        QTest::addColumn<bool>("opens");
-        QTest::newRow("F1") << Qt::Key_F1 << int(NameColumn) << true;
-        QTest::newRow("Return on the picture") << Qt::Key_Return << int(InfoColumn) << true;
-        QTest::newRow("Space on the picture") << Qt::Key_Space << int(InfoColumn) << true;
-        QTest::newRow("Space on the box") << Qt::Key_Space << int(RequestedColumn) << false;
+        open({{"start", 12}, {"print", 120}, {"proxy", 130}, {"quiet", 1, Hidden}});
+        press(Qt::Key_F, Qt::ControlModifier);
+        type("ROX");
+        QCOMPARE(currentName(), "proxy");
+        press(Qt::Key_A, Qt::ControlModifier);
+        type("r"); // in all three
+        QCOMPARE(currentName(), "proxy");
+        press(Qt::Key_Down);
+        QCOMPARE(currentName(), "start");
+        press(Qt::Key_Up);
+        press(Qt::Key_Up);
+        QCOMPARE(currentName(), "print");
+        type("uiet");
+        press(Qt::Key_Escape);
+        QCOMPARE(currentName(), "print");
+        QCOMPARE(QApplication::focusWidget(), table);
     }
 
-    void detailsAreOpenedBy()
+    void findFieldSaysInWhichViewAnOptionIs()
     {
-        QFETCH(Qt::Key, key);
-        QFETCH(int, column);
-        open({{"custom", 1}});
-        table->setCurrentCell(0, column);
-        QTEST(!boxOpenedBy([&] { press(key); }).isEmpty(), "opens");
+        open({{"start", 12}, {"quiet", 1, Hidden}});
+        press(Qt::Key_F, Qt::ControlModifier);
+        type("qui");
+        QCOMPARE(QToolTip::text(), "QUIET is listed under \"Show All Options\".");
     }
 
     void applyTakesOverACodeThatIsBeingTyped()
@@ -130,90 +130,12 @@ private slots:
         QCOMPARE(root.calls(0), QStringList());
     }
 
-    void nameOrCodeThatIsTypedInTheTable_data()
+    void copiesTheCurrentName()
     {
-        QTest::addColumn<QByteArray>("typed");
-        QTest::addColumn<QString>("found");
-        QTest::newRow("start of a name") << QByteArray("pri") << "print";
-        QTest::newRow("blank within a name") << QByteArray("top b") << "top box";
-        QTest::newRow("same letter again") << QByteArray("pp") << "proxy";
-        QTest::newRow("whole code") << QByteArray("12") << "short";
-        QTest::newRow("start of a code") << QByteArray("25") << "proxy";
-        QTest::newRow("code with a zero") << QByteArray("0120") << "print";
-        QTest::newRow("unknown") << QByteArray("x") << "start";
-        QTest::newRow("hidden") << QByteArray("q") << "start";
-    }
-
-    void nameOrCodeThatIsTypedInTheTable()
-    {
-        QFETCH(QByteArray, typed);
-        openForSearch();
-        QApplication::setKeyboardInputInterval(60000); // however slow the machine
-        type(typed);
-        QTEST(currentName(), "found");
-    }
-
-    void findField_data()
-    {
-        QTest::addColumn<QByteArray>("typed");
-        QTest::addColumn<QList<Qt::Key>>("keys");
-        QTest::addColumn<QString>("found");
-        using Keys = QList<Qt::Key>;
-        QTest::newRow("part of a name") << QByteArray("rox") << Keys() << "proxy";
-        QTest::newRow("code") << QByteArray("120") << Keys() << "print";
-        QTest::newRow("next") << QByteArray("pr") << Keys{Qt::Key_Return} << "proxy";
-        QTest::newRow("first after the last") << QByteArray("pr") << Keys{Qt::Key_Down, Qt::Key_Down} << "print";
-        QTest::newRow("previous") << QByteArray("pr") << Keys{Qt::Key_Up} << "proxy";
-        QTest::newRow("hidden") << QByteArray("quiet") << Keys() << "start";
-    }
-
-    void findField()
-    {
-        QFETCH(QByteArray, typed);
-        QFETCH(QList<Qt::Key>, keys);
-        openForSearch();
-        press(Qt::Key_F, Qt::ControlModifier);
-        type(typed);
-        for (const Qt::Key key : keys)
-            press(key);
-        QTEST(currentName(), "found");
-        auto *field = table->findChild<QLineEdit *>();
-        const bool isMissed = field->palette().color(QPalette::Base) != QPalette().color(QPalette::Base);
-        QCOMPARE(isMissed, typed == "quiet");
-        QCOMPARE(QToolTip::text(), isMissed ? "QUIET is listed under \"Show All Options\"." : "");
-        press(Qt::Key_Escape);
-        QVERIFY(!field->isVisible());
-        QCOMPARE(QApplication::focusWidget(), table);
-    }
-
-    void longValueIsWholeInItsToolTip()
-    {
-        const QString value = "ldaps://<b>" + QString(200, 'l');
-        root.setValue("long", value.toUtf8());
-        root.setValue("short", "1");
-        open({{"long", 1}, {"short", 2}});
-        QCOMPARE(toolTip("short"), "");
-        QVERIFY(toolTip("long").contains("ldaps://&lt;b&gt;l"));
-        QCOMPARE(toolTip("long").count('l'), value.count('l') + 1); // that of "&lt;" too
-    }
-
-    void copies_data()
-    {
-        QTest::addColumn<int>("column");
-        QTest::addColumn<QString>("copied");
-        QTest::newRow("code") << int(CodeColumn) << "007";
-        QTest::newRow("name") << int(NameColumn) << "CUSTOM";
-        QTest::newRow("value") << int(ValueColumn) << "1.2.3.4";
-    }
-
-    void copies()
-    {
-        QFETCH(int, column);
-        root.setValue("custom", "1.2.3.4");
         open({{"custom", 7}});
-        click("custom", column);
+        click("custom", NameColumn);
         press(Qt::Key_C, Qt::ControlModifier);
-        QTEST(QApplication::clipboard()->text(), "copied");
+        QCOMPARE(QApplication::clipboard()->text(), "CUSTOM");
     }
 
     void menuCopiesTheValueOfARowThatIsNotRequested()
@@ -266,15 +188,14 @@ private slots:
     }
 
 private:
-    void openForSearch()
+    QString currentAfterTyping(const QByteArray &text) const
     {
-        open({{"start", 100},
-              {"short", 12},
-              {"print", 120},
-              {"proxy", 252},
-              {"top box", 130, NotRequested},
-              {"quiet", 140, Hidden}});
         table->setCurrentCell(row("start"), RequestedColumn);
+        QApplication::setKeyboardInputInterval(0); // this is no longer about what was typed before
+        type(text.left(1));
+        QApplication::setKeyboardInputInterval(60000); // however slow the machine
+        type(text.mid(1));
+        return currentName();
     }
 
     void addInterface(const QString &name, int index, const QByteArray &flags, const QByteArray &isManaged) const
@@ -289,14 +210,6 @@ private:
         const QList<QLabel *> labels = window->findChildren<QLabel *>();
         return std::any_of(labels.begin(), labels.end(),
                            [&](const QLabel *label) { return label->text() == text && label->isVisible(); });
-    }
-
-    QString toolTip(const QString &name) const
-    {
-        const QPoint place = table->visualItemRect(cell(name, ValueColumn)).center();
-        QHelpEvent asking(QEvent::ToolTip, place, table->viewport()->mapToGlobal(place));
-        QApplication::sendEvent(table->viewport(), &asking);
-        return QToolTip::text();
     }
 
     /// The two texts of the box that opens while `act` runs; empty without one.
