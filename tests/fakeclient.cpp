@@ -1,6 +1,5 @@
 // A process that the exit hook takes for a DHCP client or for the running program, by its name and arguments. It prints
-// its number, soon catches SIGHUP, and prints "hangup" for each. With the variable FAKE_FORK it is a child whose parent
-// waits, as a client's does until it has bound. With FAKE_WINDOW it is the program's running instance.
+// its number, soon catches SIGHUP, and prints "hangup" for each. With FAKE_WINDOW it is the program's running instance.
 
 #include "instancelock.h"
 
@@ -13,9 +12,6 @@
 
 int main()
 {
-    if (std::getenv("FAKE_FORK") && ::fork() > 0)
-        ::pause();
-    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
     ::prctl(PR_SET_NAME, "fake) Z (1 2)");
     InstanceLock instance("kiro-dhcp-mgr");
     if (std::getenv("FAKE_WINDOW"))

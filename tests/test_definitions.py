@@ -21,17 +21,11 @@ def show(root, elements="", **environment):
 
 @pytest.mark.parametrize("elements, key, value", [
     ("<code>0x2A</code>", "standard_code", 42),
-    ("<NAME LANG='en'>Other</NAME>", "title", "Other"),
-    ("<name lang='fr'>Autre</name>", "title", "Title of foo"),
-    ("<name>a<!-- -->&lt;b\r\nc</name>", "title", "a<b\r\nc"),
+    ("<NAME LANG='en'>a&lt;b</NAME>", "title", "a<b"),
     ("<description> D </description>", "description", " D "),
     ("<windows-type>long integer ARRAY</windows-type>", "windows_type", "long integer ARRAY"),
-    ("", "windows_type", "Unknown"),
-    ("<linux-type>unsigned text</linux-type>", "type", "unsigned text"),
     ("<dhcp-class>always on</dhcp-class>", "class", "always-on"),
     ("<dhcp-class>ALWAYS-OFF</dhcp-class>", "class", "always-off"),
-    ("<dhcp-class>Managed</dhcp-class>", "class", "managed"),
-    ("", "requested", True),
     ("<default>Disabled</default>", "requested", False),
     ("<linux-predefined>Yes</linux-predefined>", "predefined", True),
     ("<standard-option>On</standard-option>", "standard_option", True),
@@ -43,11 +37,9 @@ def test_accepted(root, elements, key, value):
 @pytest.mark.parametrize("elements, complaint", [
     ("<code>42h</code>", "Bad <code> element: '42h'"),
     ("<code></code>", "<code> element without a value\nBad <code> element: ''"),
-    ("<windows-type>Array</windows-type>", "Bad <windows-type> element: 'Array'"),
     ("<linux-type>array of unsigned text</linux-type>", "Bad <linux-type> element: 'array of unsigned text'"),
     ("<DHCP-Class>Never</DHCP-Class>", "Bad <dhcp-class> element: 'Never'"),
     ("<default>1</default>", "Bad <default> element: '1'"),
-    ("<hide-option> on</hide-option>", "Bad <hide-option> element: ' on'"),
     ("<Comment>x</Comment>", "Unrecognized element 'Comment'"),
 ])
 def test_bad_element_is_reported_and_the_file_ignored(root, elements, complaint):
@@ -58,24 +50,17 @@ def test_bad_element_is_reported_and_the_file_ignored(root, elements, complaint)
 
 
 def test_faulty_files_are_reported_in_the_order_of_their_names(root):
-    def write(name, content):
-        return root.write(f"/usr/share/kiro-dhcp-mgr/{name}", content)
-
-    write("a.txt", "no definition")
-    empty = write("B.XML", "<dhcp-option><!-- nothing --> </dhcp-option>")
-    nameless = write("c.xml", "<dhcp-option><code>1</code><linux-name>c</linux-name>"
-                              "<linux-predefined>yes</linux-predefined> </dhcp-option>")
-    deep = write("d.xml", "<name>" * 200000)  # Qt's reader calls itself for each
+    directory = "/usr/share/kiro-dhcp-mgr"
+    deep = root.write(f"{directory}/B.XML", "<name>" * 200000)  # Qt's reader calls itself for each
+    nameless = root.write(f"{directory}/c.xml", "<dhcp-option> <code>1</code> <linux-name>c</linux-name> "
+                                                "<linux-predefined>yes</linux-predefined> </dhcp-option>")
     os.mkfifo(root.path("/pipe"))
-    pipe = root.path("/usr/share/kiro-dhcp-mgr/e.xml")
+    pipe = root.path(f"{directory}/d.xml")
     pipe.symlink_to("../../../pipe")
-    incomplete = ("Error:  No code specified in {}\nError:  No <linux-name> specified in {}\n"
-                  "Error:  No <linux-type> specified in {}\n" + FAILED)
-    assert run("ctl/kiro-dhcpctl", "list").stderr.decode() == "".join([
-        incomplete.replace("{}", str(empty)),
-        IGNORED.format(nameless),
-        incomplete.replace("{}", str(deep)),
-        f"DhcpOption: File not readable for {pipe}\n" + IGNORED.format(pipe)])
+    assert run("ctl/kiro-dhcpctl", "list").stderr.decode() == (
+        f"Error:  No code specified in {deep}\nError:  No <linux-name> specified in {deep}\n"
+        f"Error:  No <linux-type> specified in {deep}\n" + FAILED.format(deep, deep) + IGNORED.format(nameless)
+        + f"DhcpOption: File not readable for {pipe}\n" + IGNORED.format(pipe))
 
 
 @pytest.mark.parametrize("locale, title", [
@@ -89,7 +74,6 @@ def test_name_in_the_language_of_the_user(root, locale, title):
 
 @pytest.mark.parametrize("content, value", [
     ("\n # a=b\n\n no assignment\n  x=a=b \nx=2", "a=b "),
-    ("# only\n\nno assignment\n", None),
     ("x=", ""),
     ("x=\"quoted\"", "quoted"),
     ("x='mixed\"", "'mixed\""),
@@ -100,11 +84,6 @@ def test_value(root, content, value):
     assert show(root)["value"] == value
 
 
-def test_long_value_is_cut(root):
-    root.write("/var/lib/dhcp3/vars/eth0/foo", "x=" + "v" * 100000)
-    assert len(show(root)["value"]) == 64 * 1024 - len("x=")
-
-
 def test_value_comes_from_the_first_file_that_can_be_opened(root):
     root.define("a_b", 200)
     files = [root.write(f"/var/lib/dhcp3/vars/{name}", f"x={name}")
@@ -113,6 +92,3 @@ def test_value_comes_from_the_first_file_that_can_be_opened(root):
         shown = run("ctl/kiro-dhcpctl", "show", "a_b", "--json").stdout
         assert json.loads(shown)["value"] == f"{file.parent.name}/{file.name}"
         file.unlink()
-    os.mkfifo(files[0])  # is not waited for
-    files[1].write_text("x=behind the pipe")
-    assert json.loads(run("ctl/kiro-dhcpctl", "show", "a_b", "--json").stdout)["value"] is None

@@ -1,16 +1,14 @@
 """The client's exit hook, sourced by a shell as the client's script does it."""
 
-import fcntl
 import os
 import re
-import signal
 import time
 from pathlib import Path
-from subprocess import PIPE, Popen, TimeoutExpired
+from subprocess import PIPE, Popen
 
 import pytest
 
-from trial import PATIENCE, SOURCE, eventually, run
+from trial import SOURCE, eventually, run
 
 HOOK = SOURCE / "dhclient/exit-hook/kiro-dhcp-mgr"
 RECORDER = Path.cwd() / "dhclient/exit-hook/record-lease"
@@ -65,7 +63,6 @@ def start(request):
     (r"C:\\x\\012\q\12\400\378", r"C:\x\012\q\12\400\378"),
     ("a\nb\x1b", r"a\012b\033"),
     ("\u202e\u200b\u2028\ufeff\U000e0000", r"\342\200\256\342\200\213\342\200\250\357\273\277\363\240\200\200"),
-    ("\x85\xad\u115f\uf8ff\ufdd0", r"\302\205\302\255\341\205\237\357\243\277\357\267\220"),
     (r"\355\240\200\300\257\370\303x\303", r"\355\240\200\300\257\370\303x\303"),  # not UTF-8
 ])
 def test_value_is_shown_and_runs_nothing(hook, root, passed, shown):
@@ -81,16 +78,14 @@ def test_only_options_become_files(hook):
     assert set(hook.values()) == {"eth1/host-name", "eth1/interface-mtu", "eth1/unknown-228"}
 
 
-@pytest.mark.parametrize("program", ["/nonexistent", "/bin/false", "/usr/bin/tee", "/bin/echo"])
-def test_script_that_sources_the_hook_keeps_its_state(hook, root, program):
-    recorder = root.path("/usr/libexec/kiro-dhcp-mgr/record-lease")
-    recorder.unlink()
-    recorder.symlink_to(program)
-    # A strict shell notices what the client's own script would not.
+def test_script_that_sources_the_hook_keeps_its_state(hook, root):
+    # A strict shell notices what the client's own script would not; the program swallows input, says much and fails.
+    root.program("/usr/libexec/kiro-dhcp-mgr/record-lease", "cat; echo said; false")
     hook.script.write_text(f"""
         set -euf; trap : EXIT; IFS=e/; set -- one 'two x'; cd "$KIRO_DHCP_MGR_ROOT"
         state() {{ set; set -o; trap; umask; pwd; echo "$# $*"; }}
         state >before; . "{HOOK}"; state >after; cmp before after
+        rm usr/libexec/kiro-dhcp-mgr/record-lease; . "{HOOK}"
         unset reason; . "{HOOK}"
         cat""")
     done = run("dash", hook.script, env=os.environ | {"reason": "BOUND"}, input=b"input\n")
@@ -117,29 +112,10 @@ def test_value_that_cannot_be_written_does_not_keep_others(hook):
     assert hook.values() == {"eth0/b": "2"}
 
 
-def test_linked_value_directory_is_refused(hook, root):
-    other = root.write("/etc/important", "new_important='kept'\n").parent
-    hook.directory.mkdir(parents=True)
-    hook.directory.joinpath("eth0").symlink_to(other)
-    assert len(hook.event("BOUND", new_a="1")) == 1
-    assert os.listdir(other) == ["important"]
-
-
 def test_value_that_a_renewal_did_not_ask_for_is_kept(hook):
     hook.event("BOUND", new_asked="1", new_not_asked="1", new_sent_again="1")
     hook.event("RENEW", new_sent_again="2", requested_asked="1", requested_sent_again="1")
     assert hook.values() == {"eth0/not-asked": "1", "eth0/sent-again": "2"}
-
-
-def test_hooks_wait_for_each_other(hook, root, start):
-    script = start("script", reason="BOUND", interface="eth0", new_a="1").client
-    with open(root.write("/var/lib/dhcp3/vars/.lock", "")) as lock:
-        fcntl.flock(lock, fcntl.LOCK_SH)
-        waiting = Popen([RECORDER, script])
-        with pytest.raises(TimeoutExpired):
-            waiting.wait(0.5)
-    assert waiting.wait(PATIENCE) == 0
-    assert hook.values() == {"eth0/a": "1"}
 
 
 @pytest.mark.parametrize("reasons, after_owner, after_stranger", [
@@ -157,39 +133,23 @@ def test_event_of_the_owner_and_of_another_client(hook, start, reasons, after_ow
             assert hook.values().get("eth0/a") == shown, (reason, client)
 
 
-@pytest.mark.parametrize("change", [
-    "s/,[0-9]*,/,1,/",  # another process of that number
-    "s/[^,]*$//",  # another boot
-])
-def test_owner_that_is_another_process_by_now_is_replaced(hook, start, change):
-    owner, stranger = start("owner").client, start("stranger").client
-    hook.event("BOUND", pid=owner)
-    run("sed", "-i", change, hook.directory / ".interfaces")
-    hook.event("RENEW", pid=stranger, new_a="new")
+def test_owner_that_has_ended_is_replaced(hook, start):
+    owner = start("owner")
+    hook.event("BOUND", pid=owner.client)
+    owner.kill()
+    owner.wait()
+    hook.event("RENEW", pid=start("stranger").client, new_a="new")
     assert hook.values() == {"eth0/a": "new"}
 
 
-def test_owner_that_has_ended_is_replaced(hook, start):
-    owner, stranger = start("owner", FAKE_FORK="1").client, start("stranger").client
-    hook.event("BOUND", pid=owner)
-    os.kill(int(owner), signal.SIGKILL)  # nobody waits for it
-
-    def is_replaced():
-        hook.event("RENEW", pid=stranger, new_a="new")
-        return hook.values() == {"eth0/a": "new"}
-    eventually(is_replaced, "the new client's value")
-
-
-@pytest.mark.parametrize("options, shown", [("--net", "theirs"), ("--pid --fork --kill-child", "ours")])
-def test_client_in_another_namespace(hook, start, options, shown):
-    theirs = start("unshare", "--map-root-user", *options.split(), "bash", "-c",
-                   'exec -a dhclient "$0" -1', FAKE_CLIENT, program=None)
+def test_client_in_another_network_keeps_its_interface_of_that_name(hook, start):
+    theirs = start("unshare", "--map-root-user", "--net", "bash", "-c", 'exec -a dhclient "$0" -1', FAKE_CLIENT,
+                   program=None)
     if not theirs.client:
         pytest.skip("namespaces are not allowed here")
-    hook.event("BOUND", pid=str(theirs.pid), new_a="theirs")
+    hook.event("BOUND", pid=theirs.client, new_a="theirs")
     hook.event("BOUND", pid=start("ours").client, new_a="ours")
-    assert hook.values() == {"eth0/a": shown}  # another network has another interface of that name
-    assert theirs.poll() is None
+    assert hook.values() == {"eth0/a": "theirs"}
 
 
 def test_window_is_asked_to_refresh(hook, start):

@@ -49,24 +49,20 @@ def outcome(program):
     ("", "255", None, "'--del-new-option' 'foo 200 text' '--add-new-option' 'foo 255 text' '--add-request' 'foo'"),
     ("", "300", "0", "'--del-new-option' 'foo 200 text' '--del-new-option' 'foo 300 text' '--del-request' 'foo'"),
     ("<default>No</default>", None, None, "'--del-new-option' 'foo 200 text' '--del-request' 'foo'"),
-    ("<linux-predefined>Yes</linux-predefined>", "211", None, "'--add-request' 'foo'"),
-    ("<linux-predefined>Yes</linux-predefined>", None, "0", "'--del-request' 'foo'"),
+    ("<linux-predefined>Yes</linux-predefined>", "211", "1", "'--add-request' 'foo'"),
     ("<dhcp-class>Always-On</dhcp-class>", None, "0", "'--add-new-option' 'foo 200 text' '--add-request' 'foo'"),
-    ("<dhcp-class>Managed</dhcp-class>", None, "1", None),
 ])
 def test_apply_calls_the_tool_with(root, registry, elements, code, requested, arguments):
     root.define("foo", 200, elements)
-    if code:
-        registry.execute("INSERT INTO entry VALUES('root/DHCP/Code_foo', 7, ?)", [code])
+    registry.execute("INSERT INTO entry VALUES('root/DHCP/Code_foo', 7, ?)", [code or "no number"])
     if requested:
         registry.execute("INSERT INTO entry VALUES('root/DHCP/Req_foo', 10, ?)", [requested])
     assert outcome(start("--apply")) == (0, "")
-    expected = [f"kiro-dhclient-edit {arguments}"] if arguments else []
-    assert root.calls(len(expected) + 1) == [START] + expected
+    assert root.calls(2) == [START, f"kiro-dhclient-edit {arguments}"]
 
 
 def test_update_needs_no_display_and_stores_defaults(root, registry):
-    display = {"DISPLAY": ":4711", "QT_QPA_PLATFORM": "xcb", "QT_QPA_PLATFORMTHEME": "gtk3", "QT_STYLE_OVERRIDE": "x"}
+    display = {"DISPLAY": ":4711", "QT_QPA_PLATFORM": "xcb", "QT_QPA_PLATFORMTHEME": "gtk3"}
     assert outcome(start("--show-all", "-style", "--update", **display)) == (0, "")
     assert root.calls(2) == [START, ADD_FOO]
     assert registry.execute("SELECT * FROM entry").fetchall() == [("root/DHCP/Req_foo", 10, "1")]
@@ -83,38 +79,18 @@ def test_start_refused(root, registry, arguments, environment, complaint):
     assert registry.execute("SELECT * FROM entry").fetchall() == []
 
 
-def test_repeated_name_is_applied_once(root):
-    shutil.copy(root.define("foo", 200), root.path("/usr/share/kiro-dhcp-mgr/zoo.xml"))
-    assert outcome(start("--apply")) == (0, "Error: linux-name repeated: 'foo'\n")
-    assert root.calls(2) == [START, ADD_FOO]
-
-
 def test_tool_is_started_without_session_bus_and_sockets(root):
     root.program(TOOL, f"exec >{root.path('/seen')}; echo $DBUS_SESSION_BUS_ADDRESS; ls -l /proc/$$/fd | grep socket:")
     assert outcome(start("--apply")) == (0, "")
     assert root.path("/seen").read_text() == "disabled:\n"
 
 
-def test_hangup_does_not_end_an_update(root):
-    root.program(TOOL, "kill -HUP $PPID")
-    assert outcome(start("--apply")) == (0, "")
-    assert root.calls(1) == [START]
-
-
-def test_tool_that_hangs_is_left_to_finish(root):
-    root.program(TOOL, "sleep 3; echo finished >>$KIRO_DHCP_MGR_ROOT/record.log")
+def test_slow_tool_is_left_to_finish(root):
+    root.program(TOOL, "kill -HUP $PPID; sleep 3; echo finished >>$KIRO_DHCP_MGR_ROOT/record.log")
     begin = time.monotonic()
     assert outcome(start("--apply")) == (0, "")
     assert time.monotonic() - begin > 1.9
     assert root.calls(2) == [START, "finished"]
-
-
-def test_errors_that_nobody_reads(root):
-    root.define("bad", "x")
-    program = start("--apply")
-    program.stderr.close()
-    assert program.wait(PATIENCE) == 0
-    assert root.calls(2) == [START, ADD_FOO]
 
 
 @pytest.fixture
@@ -137,8 +113,8 @@ def test_second_start_is_refused_until_the_first_has_ended(root, window):
 def test_other_users_start_is_not_refused_and_stores_nothing(root, window):
     root.path("").chmod(0o755)
     root.define("late", 201)
-    root.path(CLIENT).unlink()  # it could not record either
     program = shutil.copy(PROGRAM, root.path(""))  # the build may be where that user cannot go
+    root.program(CLIENT, "")  # it could not record
     complaint = f"Cannot write registry {root.path(REGISTRY)}: attempt to write a readonly database\n"
     assert outcome(start("--apply", program=program, user=65534)) == (0, complaint)
 

@@ -4,6 +4,7 @@ import shutil
 import subprocess
 import time
 from pathlib import Path
+from subprocess import PIPE
 
 SOURCE = Path(__file__).resolve().parent.parent
 PATIENCE = 60  # s that a busy machine may take for anything
@@ -51,7 +52,7 @@ class Root:
 
 def run(*command, **settings):
     """The process that ran; what it wrote is bytes, and at the end of both streams."""
-    return subprocess.run(command, capture_output=True, timeout=PATIENCE, **settings)
+    return subprocess.run(command, **{"stdout": PIPE, "stderr": PIPE, "timeout": PATIENCE, **settings})
 
 
 def eventually(condition, what):

@@ -75,17 +75,6 @@ private slots:
         QCOMPARE(root->stored("created"), "2");
     }
 
-    void registryThatIsRemovedMeanwhileIsMadeAgain()
-    {
-        store->create("old", VorkanBoolType);
-        QVERIFY(store->commit());
-        QFile::remove(file);
-        store->create("new", VorkanBoolType);
-        QVERIFY(store->commit());
-        QCOMPARE(root->stored("new"), "");
-        QCOMPARE(root->stored("old"), "none");
-    }
-
 private:
     std::unique_ptr<TrialRoot> root;
     QString file;
