@@ -1,6 +1,5 @@
 """kiro-dhcpctl, with the real edit tool, below a root of the test's own."""
 
-import json
 import subprocess
 from pathlib import Path
 
@@ -66,15 +65,6 @@ def test_list_in_a_pipe(root):
     names = [line.split("\t")[2] for line in lines.splitlines()]
     assert names == ["routers", "host-name", "mtu", "ntp-servers", "proxy"]  # by code
     assert lines.endswith("off\t200\tproxy\t\\u001b[2Jx\n")
-
-
-def test_list_as_json(root):
-    root.write("/var/lib/dhcp3/vars/eth0/secret", "new_secret='a'\n")
-    _, text = ctl("list --all --json")
-    options = {option["name"]: option for option in json.loads(text)}
-    assert options["secret"] == {"name": "secret", "title": "Title of secret", "code": 201, "standard_code": 201,
-                                 "requested": False, "class": "normal", "predefined": False, "value": "a"}
-    assert options["mtu"]["value"] is None
 
 
 def test_check_names_a_code_that_was_edited_back_and_left_behind(root):

@@ -50,10 +50,8 @@ private slots:
         QCOMPARE(cell("known", ValueColumn)->text(), "N/A");
         QVERIFY(cell("custom", CodeColumn)->flags().testFlag(Qt::ItemIsEditable));
         QVERIFY(!cell("known", CodeColumn)->flags().testFlag(Qt::ItemIsEditable));
-        QVERIFY(cell("custom", CodeColumn)->font().bold());
         QVERIFY(cell("custom", NameColumn)->font().italic()); // an extension
         QVERIFY(!cell("known", NameColumn)->font().italic());
-        QVERIFY(table->isColumnHidden(KeyColumn));
     }
 
     void viewsListTheirOptions()
@@ -157,21 +155,13 @@ private slots:
         }
     }
 
-    void openMenuKeepsItsOption()
+    void menuIsAboutTheRowBelowIt()
     {
-        root.setValue("one", "one");
-        root.setValue("two", "two");
-        open({{"one", 1}, {"two", 2}});
-        table->sortByColumn(ValueColumn, Qt::AscendingOrder);
-        QContextMenuEvent asking(QContextMenuEvent::Mouse, table->visualItemRect(cell("two", ValueColumn)).center());
+        open({{"one", 1}, {"off", 2, NotRequested}});
+        QContextMenuEvent asking(QContextMenuEvent::Mouse, table->visualItemRect(cell("off", ValueColumn)).center());
         QApplication::sendEvent(table->viewport(), &asking);
-        QWidget *menu = QApplication::activePopupWidget();
-        QVERIFY(menu);
-        root.setValue("two", "again");
-        table->refreshValues();
-        QCOMPARE(row("two"), 0);
-        QTest::keyClick(menu, Qt::Key_N); // copies the name
-        QVERIFY(eventually([] { return QApplication::clipboard()->text() == "TWO"; }));
+        QTest::keyClick(QApplication::activePopupWidget(), Qt::Key_N); // copies the name
+        QTRY_COMPARE(QApplication::clipboard()->text(), "OFF");
     }
 
 private:

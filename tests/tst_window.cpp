@@ -120,14 +120,6 @@ private slots:
         QCOMPARE(root.calls(0), QStringList());
     }
 
-    void noteOfMissingRights()
-    {
-        root.write("/etc/dhcp", ""); // in place of a directory, a file takes even root's right to write below it
-        open({{"custom", 1}});
-        root.remove("/etc/dhcp");
-        QVERIFY(hasLabel("Not a directory: choices are stored but not applied."));
-    }
-
     void noteOfAFaultInTheConfiguration()
     {
         open({{"custom", 1}});
