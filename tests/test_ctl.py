@@ -104,7 +104,7 @@ def test_set_is_refused_while_the_program_runs(root):
     with subprocess.Popen(["tests/fakeclient"], env={"KIRO_DHCP_MGR_ROOT": root.directory, "FAKE_WINDOW": "1"},
                           stdout=subprocess.PIPE) as window:
         window.stdout.readline()
-        assert ctl("set proxy on") == (1, "kiro-dhcpctl: kiro-dhcp-mgr is running; its next apply would undo this. "
-                                          "Close it first.\n")
+        refusal = ctl("set proxy on")
         window.kill()
+    assert refusal == (1, "kiro-dhcpctl: kiro-dhcp-mgr is running; its next apply would undo this. Close it first.\n")
     assert not root.path(REGISTRY).exists()

@@ -1,5 +1,5 @@
 """Edits random configurations, many of them with a mistake, and holds the result against the real client: what it
-complains of and requests on the wire. FILES in the environment says how many."""
+complains of and requests on the wire. FILES in the environment says how many; beyond 300 they differ from run to run."""
 
 import os
 import shutil
@@ -12,6 +12,7 @@ from hypothesis import HealthCheck, given, settings, strategies as st
 from realclient import RealClient, obstacle
 from trial import CONFIGURATION, run
 
+FILES = int(os.environ.get("FILES", 100))
 CODES = {"ntp-servers": [42], "subnet-mask": [1], "corp-a": [200, 201], "new": [220]}  # that an option may have
 ADD_NEW = ["--add-new-option", "new 220 text", "--add-request", "new"]  # changes any file
 
@@ -93,8 +94,7 @@ def call(conf, arguments):
     return tool.returncode
 
 
-@settings(max_examples=int(os.environ.get("FILES", 100)), deadline=None, database=None, print_blob=False,
-          derandomize="FILES" not in os.environ, suppress_health_check=list(HealthCheck))
+@settings(max_examples=FILES, derandomize=FILES <= 300, deadline=None, suppress_health_check=list(HealthCheck))
 @given(text=files(), edit=edits())
 def test_edit_has_the_effect_on_the_wire_that_was_asked_for(client, conf, text, edit):
     name, code, is_requested, arguments = edit
