@@ -22,15 +22,15 @@ REQUEST_LIST = 55
 END = 255
 
 
+# Why the client or its interfaces can't be had here; empty if they can.
 def obstacle():
-    """Why the client or its interfaces can't be had here; empty if they can."""
     tried = run("unshare", "--net", "--mount", "sh", "-c", f"ls {INSTALLED} && {SETUP}")
     return tried.returncode and tried.stderr.decode()
 
 
 class RealClient:
+    # Takes this process into a network namespace of its own, for good.
     def __init__(self, directory):
-        """Takes this process into a network namespace of its own, for good."""
         self.program = shutil.copy(INSTALLED, directory / "client")
         if ctypes.CDLL(None, use_errno=True).unshare(NEW_NAMESPACES) != 0:
             raise OSError(ctypes.get_errno(), "unshare")
@@ -39,14 +39,14 @@ class RealClient:
     def command(self, conf, *interfaces):
         return [self.program, *"-d -1 -4 -lf /dev/null -pf /dev/null -sf /bin/true -cf".split(), conf, *interfaces]
 
+    # The lines "FILE line N: REASON", and one if it crashes or does not end.
     def complaints(self, conf):
-        """The lines "FILE line N: REASON", and one if it crashes or does not end."""
         client = run("timeout", "5", *self.command(conf, "nosuchif0"), text=True, errors="replace")
         complaints = re.findall(rf"^{re.escape(str(conf))} line .*", client.stderr, re.MULTILINE)
         return complaints if client.returncode in (0, 1) else [*complaints, f"status {client.returncode}"]
 
+    # The set of codes in the first packet on each interface, by interface.
     def requests(self, conf):
-        """The set of codes in the first packet on each interface, by interface."""
         requested = {}
         with socket.socket(socket.AF_PACKET, socket.SOCK_RAW, EVERY_PROTOCOL) as wire, \
                 subprocess.Popen(self.command(conf, *INTERFACES), stderr=subprocess.DEVNULL) as client:

@@ -27,8 +27,8 @@ def machine(root):
         link.symlink_to(Path.cwd() / program)
 
 
+# The exit status and what it wrote.
 def ctl(command):
-    """The exit status and what it wrote."""
     done = run("ctl/kiro-dhcpctl", *command.split(), stderr=subprocess.STDOUT)
     return done.returncode, done.stdout.decode()
 

@@ -11,8 +11,8 @@ IGNORED = "Parse error, file ignored: {}\n"
 FAILED = "DhcpOption: File parse failed for {}\n" + IGNORED
 
 
+# What is shown of an option whose definition has these elements beside the necessary ones.
 def show(root, elements="", **environment):
-    """What is shown of an option whose definition has these elements beside the necessary ones."""
     root.define("foo", 200, elements)
     shown = run("ctl/kiro-dhcpctl", "show", "foo", "--json", env=os.environ | environment)
     assert shown.stderr == b""
@@ -22,10 +22,8 @@ def show(root, elements="", **environment):
 @pytest.mark.parametrize("elements, key, value", [
     ("<code>0x2A</code>", "standard_code", 42),
     ("<NAME LANG='en'>a&lt;b</NAME>", "title", "a<b"),
-    ("<description> D </description>", "description", " D "),
     ("<windows-type>long integer ARRAY</windows-type>", "windows_type", "long integer ARRAY"),
     ("<dhcp-class>always on</dhcp-class>", "class", "always-on"),
-    ("<dhcp-class>ALWAYS-OFF</dhcp-class>", "class", "always-off"),
     ("<default>Disabled</default>", "requested", False),
     ("<linux-predefined>Yes</linux-predefined>", "predefined", True),
     ("<standard-option>On</standard-option>", "standard_option", True),
@@ -38,7 +36,6 @@ def test_accepted(root, elements, key, value):
     ("<code>42h</code>", "Bad <code> element: '42h'"),
     ("<code></code>", "<code> element without a value\nBad <code> element: ''"),
     ("<linux-type>array of unsigned text</linux-type>", "Bad <linux-type> element: 'array of unsigned text'"),
-    ("<DHCP-Class>Never</DHCP-Class>", "Bad <dhcp-class> element: 'Never'"),
     ("<default>1</default>", "Bad <default> element: '1'"),
     ("<Comment>x</Comment>", "Unrecognized element 'Comment'"),
 ])
@@ -54,13 +51,12 @@ def test_faulty_files_are_reported_in_the_order_of_their_names(root):
     deep = root.write(f"{directory}/B.XML", "<name>" * 200000)  # Qt's reader calls itself for each
     nameless = root.write(f"{directory}/c.xml", "<dhcp-option> <code>1</code> <linux-name>c</linux-name> "
                                                 "<linux-predefined>yes</linux-predefined> </dhcp-option>")
-    os.mkfifo(root.path("/pipe"))
-    pipe = root.path(f"{directory}/d.xml")
-    pipe.symlink_to("../../../pipe")
+    endless = root.path(f"{directory}/d.xml")
+    endless.symlink_to("/dev/zero")
     assert run("ctl/kiro-dhcpctl", "list").stderr.decode() == (
         f"Error:  No code specified in {deep}\nError:  No <linux-name> specified in {deep}\n"
         f"Error:  No <linux-type> specified in {deep}\n" + FAILED.format(deep, deep) + IGNORED.format(nameless)
-        + f"DhcpOption: File not readable for {pipe}\n" + IGNORED.format(pipe))
+        + f"DhcpOption: File not readable for {endless}\n" + IGNORED.format(endless))
 
 
 @pytest.mark.parametrize("locale, title", [

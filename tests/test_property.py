@@ -1,5 +1,5 @@
 """Edits random configurations, many of them with a mistake, and holds the result against the real client: what it
-complains of and requests on the wire. FILES in the environment says how many; beyond 300 they differ from run to run."""
+complains of and requests on the wire. FILES in the environment says how many; more than 300 differ from run to run."""
 
 import os
 import shutil
@@ -17,20 +17,18 @@ CODES = {"ntp-servers": [42], "subnet-mask": [1], "corp-a": [200, 201], "new": [
 ADD_NEW = ["--add-new-option", "new 220 text", "--add-request", "new"]  # changes any file
 
 STATEMENTS = st.sampled_from([
-    "timeout 60;", "script \"/bin/true\";", "send host-name = gethostname();", "supersede domain-name \"a;b}\";",
-    "prepend domain-name-servers 127.0.0.1, 192.0.2.1;", "if exists routers { append domain-name \"\\\"{\"; }",
-    "if option host-name = \"x}\" { timeout 5; } else { timeout 6; }", "on commit { set x = \"y;\"; }",
-    "# request routers; \"open\n", "# It's \"long\".\n\n", "option space corp;\noption corp.proxy code 1 = text;",
-    "option corp-a code 200 = text; supersede corp-a \"x;}\";", "option CORP-A code\n\t201 = unsigned integer 8;",
-    "option corp-b code 210 = text; request corp-b, routers;", "pseudo \"p\" \"wlan0\" { timeout 3; }",
-    "alias { interface \"eth0\"; fixed-address 192.0.2.9; option subnet-mask 255.255.255.255; }",
-    "lease {\n interface \"eth0\"; fixed-address 192.0.2.5;\n option host-name \"a;}\"; expire epoch 1;\n}",
+    'timeout 60;', 'supersede domain-name "a;b}";', 'prepend domain-name-servers 127.0.0.1, 192.0.2.1;',
+    'if option host-name = "x}" { timeout 5; } else { append domain-name "\\"{"; }', '# request routers; "open\n',
+    "# It's long.\n\n", 'option space corp;\noption corp.proxy code 1 = text;', 'pseudo "p" "wlan0" { timeout 3; }',
+    'option corp-a code 200 = text; supersede corp-a "x;}";', 'option CORP-A code\n\t201 = unsigned integer 8;',
+    'option corp-b code 210 = text; request corp-b, routers;', 'alias { interface "eth0"; fixed-address 192.0.2.9; }',
+    'lease {\n interface "eth0"; fixed-address 192.0.2.5;\n option host-name "a;}"; expire epoch 1;\n}',
 ])
 MISTAKES = st.sampled_from([
-    "supersede interface-mtu \"x\";", "prepend domain-name-servers 127.0.0.1 192.0.2.1;", "reject 10.0.0;",
-    "supersede domain-name example.com;", "frobnicate 5;", "timeout 5", "request routers ntp-servers;",
-    "also request no-such-option;", "request unknown-12;", "option corp-a code 200 = nonsense;",
-    "supersede domain-name \"x;", "include", "}", "interface \"eth0\" {",
+    'supersede interface-mtu "x";', 'prepend domain-name-servers 127.0.0.1 192.0.2.1;', 'reject 10.0.0;',
+    'supersede domain-name example.com;', 'frobnicate 5;', 'timeout 5', 'request routers ntp-servers;',
+    'also request no-such-option;', 'request unknown-12;', 'option corp-a code 200 = nonsense;',
+    'supersede domain-name "x;', 'include', '}', 'interface "eth0" {',
 ])
 NAMES = st.sampled_from(["subnet-mask", "routers", "NTP-servers", "ntp-servers", "dhcp6.name-servers", "corp-a"])
 KEYWORDS = st.sampled_from(["request ", "ReQuest\n", "also request ", "require ", "also require "])
@@ -59,9 +57,9 @@ def files(draw):
     return draw(st.sampled_from([text, text, text.rstrip(), text.replace("\n", "\r\n")]))
 
 
+# A name, its code, whether it is to be requested, and a call for that as the program makes it.
 @st.composite
 def edits(draw):
-    """A name, its code, whether it is to be requested, and a call for that as the program makes it."""
     name = draw(st.sampled_from(list(CODES)))
     code, *others = draw(st.permutations(CODES[name]))
     requested = draw(st.booleans())
@@ -79,9 +77,9 @@ def client():
         yield RealClient(Path(directory))
 
 
+# A file that the tool edits, in a root with the client.
 @pytest.fixture(scope="module")
 def conf(client):
-    """A file that the tool edits, in a root with the client."""
     root = client.program.parent / "root"
     for directory in "etc/dhcp", "sbin":
         (root / directory).mkdir(parents=True)

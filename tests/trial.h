@@ -9,9 +9,6 @@
 
 #include <SQLiteCpp/SQLiteCpp.h>
 
-#include <iostream>
-#include <sstream>
-
 /// A root directory of the test's own, below which the code under test finds every fixed path.
 class TrialRoot
 {
@@ -103,23 +100,6 @@ public:
 
 private:
     QTemporaryDir directory;
-};
-
-/// Waits, for as long as a busy machine may need, until the condition holds.
-template <typename Condition>
-bool eventually(Condition condition)
-{
-    return QTest::qWaitFor(condition, 60000);
-}
-
-/// What goes to standard error while it lives.
-struct CapturedErrors : std::ostringstream
-{
-    CapturedErrors() : previous(std::cerr.rdbuf(rdbuf())) {}
-    ~CapturedErrors() override { std::cerr.rdbuf(previous); }
-    QString text() const { return QString::fromStdString(str()); }
-
-    std::streambuf *const previous;
 };
 
 #endif

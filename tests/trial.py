@@ -12,9 +12,8 @@ REGISTRY = "/var/lib/vorkan/registry.db"
 CONFIGURATION = "/etc/dhcp/dhclient.conf"
 
 
+# A root directory of the test's own, below which the programs find every fixed path.
 class Root:
-    """A root directory of the test's own, below which the programs find every fixed path."""
-
     def __init__(self, directory):
         self.directory = directory
 
@@ -38,25 +37,25 @@ class Root:
             <name>Title of {name}</name> {elements}
             </dhcp-option>""")
 
+    # Lets a program that only records how it was called take the place of one.
     def record(self, fixed):
-        """Lets a program that only records how it was called take the place of one."""
         shutil.copy(SOURCE / "scripts/record-call", self.program(fixed, ""))
 
+    # What was recorded, a line per call, once that many have come; in no order, since they may run at once.
     def calls(self, count):
-        """What was recorded, a line per call, once that many have come; in no order, since they may run at once."""
         log = self.path("/record.log")
         log.touch()
         eventually(lambda: log.read_text().count("\n") >= count, f"{count} recorded calls")
         return sorted(log.read_text().splitlines())
 
 
+# The process that ran; what it wrote is bytes, and at the end of both streams.
 def run(*command, **settings):
-    """The process that ran; what it wrote is bytes, and at the end of both streams."""
     return subprocess.run(command, **{"stdout": PIPE, "stderr": PIPE, "timeout": PATIENCE, **settings})
 
 
+# Waits until the condition holds; what is awaited is named if it does not come.
 def eventually(condition, what):
-    """Waits until the condition holds; what is awaited is named if it does not come."""
     end = time.monotonic() + PATIENCE
     while not condition():
         assert time.monotonic() < end, f"did not come: {what}"

@@ -70,7 +70,6 @@ on_machine() {
 start_server() {
     cat >"$root/tmp/dhcpd.conf" <<END
 option local-224 code 224 = ip-address;
-option local-225 code 225 = text;
 option local-240 code 240 = ip-address;
 authoritative;
 default-lease-time $1; max-lease-time $1; min-lease-time $1;
@@ -82,7 +81,6 @@ subnet 10.77.0.0 netmask 255.255.255.0 {
     option domain-name-servers 10.77.0.53, 10.77.0.54;
     option ntp-servers 10.77.0.123;
     option local-224 10.77.0.224;
-    option local-225 "\$(touch /tmp/run-by-value) \`touch /tmp/run-by-value\`; touch /tmp/run-by-value # 'quoted' \"double\"";
     option local-240 10.77.0.240;
 }
 END
