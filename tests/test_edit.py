@@ -80,7 +80,10 @@ def test_file_with_a_mistake_is_refused_in_the_client_s_words(conf, client):
     assert conf.read_text() == mistake
 
 
-@pytest.mark.parametrize("script, reason", [("while :; do echo x; done", "did not end"), ("kill -SEGV $$", "crashed")])
+@pytest.mark.parametrize("script, reason", [
+    ("while :; do echo x; done", "did not end"),
+    ("kill -SEGV $$", "crashed"),
+])
 def test_client_that_fails_refuses_the_edit_in_time(root, conf, script, reason):
     root.program(CLIENT, script)
     start = time.monotonic()
@@ -116,7 +119,7 @@ def test_check_and_dry_run(conf, client):
     ("--add-request", "foo\x7f\nrä", '"foo??r??" is not an option name'),
     ("--add-new-option", "a.b 1 text", '"a.b" belongs to an option space other than DHCPv4\'s'),
     ("--add-new-option", "foo 255 text", '"255" is not an option code from 1 to 254, in "foo 255 text"'),
-    ("--frobnicate", "routers", 'unknown argument "--frobnicate", see --help'),
+    ("--frob", "routers", 'unknown argument "--frob", see --help'),
 ])
 def test_wrong_command(conf, command, argument, complaint):
     assert edit(*ADD, command, argument) == (2, f"{NAME}{complaint}\n")

@@ -17,20 +17,44 @@ CODES = {"ntp-servers": [42], "subnet-mask": [1], "corp-a": [200, 201], "new": [
 ADD_NEW = ["--add-new-option", "new 220 text", "--add-request", "new"]  # changes any file
 
 STATEMENTS = st.sampled_from([
-    'timeout 60;', 'supersede domain-name "a;b}";', 'prepend domain-name-servers 127.0.0.1, 192.0.2.1;',
-    'if option host-name = "x}" { timeout 5; } else { append domain-name "\\"{"; }', '# request routers; "open\n',
-    "# It's long.\n\n", 'option space corp;\noption corp.proxy code 1 = text;', 'pseudo "p" "wlan0" { timeout 3; }',
-    'option corp-a code 200 = text; supersede corp-a "x;}";', 'option CORP-A code\n\t201 = unsigned integer 8;',
-    'option corp-b code 210 = text; request corp-b, routers;', 'alias { interface "eth0"; fixed-address 192.0.2.9; }',
+    'timeout 60;',
+    'supersede domain-name "a;b}";',
+    'prepend domain-name-servers 127.0.0.1, 192.0.2.1;',
+    'if option host-name = "x}" { timeout 5; } else { append domain-name "\\"{"; }',
+    '# request routers; "open\n',
+    "# It's long.\n\n",
+    'option space corp;\noption corp.proxy code 1 = text;',
+    'pseudo "p" "wlan0" { timeout 3; }',
+    'option corp-a code 200 = text; supersede corp-a "x;}";',
+    'option CORP-A code\n\t201 = unsigned integer 8;',
+    'option corp-b code 210 = text; request corp-b, routers;',
+    'alias { interface "eth0"; fixed-address 192.0.2.9; }',
     'lease {\n interface "eth0"; fixed-address 192.0.2.5;\n option host-name "a;}"; expire epoch 1;\n}',
 ])
 MISTAKES = st.sampled_from([
-    'supersede interface-mtu "x";', 'prepend domain-name-servers 127.0.0.1 192.0.2.1;', 'reject 10.0.0;',
-    'supersede domain-name example.com;', 'frobnicate 5;', 'timeout 5', 'request routers ntp-servers;',
-    'also request no-such-option;', 'request unknown-12;', 'option corp-a code 200 = nonsense;',
-    'supersede domain-name "x;', 'include', '}', 'interface "eth0" {',
+    'supersede interface-mtu "x";',
+    'prepend domain-name-servers 127.0.0.1 192.0.2.1;',
+    'reject 10.0.0;',
+    'supersede domain-name example.com;',
+    'frobnicate 5;',
+    'timeout 5',
+    'request routers ntp-servers;',
+    'also request no-such-option;',
+    'request unknown-12;',
+    'option corp-a code 200 = nonsense;',
+    'supersede domain-name "x;',
+    'include',
+    '}',
+    'interface "eth0" {',
 ])
-NAMES = st.sampled_from(["subnet-mask", "routers", "NTP-servers", "ntp-servers", "dhcp6.name-servers", "corp-a"])
+NAMES = st.sampled_from([
+    "subnet-mask",
+    "routers",
+    "NTP-servers",
+    "ntp-servers",
+    "dhcp6.name-servers",
+    "corp-a",
+])
 KEYWORDS = st.sampled_from(["request ", "ReQuest\n", "also request ", "require ", "also require "])
 SEPARATORS = st.sampled_from([", ", ",", " ,\n    ", ", # not; \"this}\n"])
 ENDS = st.sampled_from(["\n", " ", " # words, more;\n", "\n\n"])
