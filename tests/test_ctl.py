@@ -54,10 +54,8 @@ def test_standard_code_removes_the_stored_one():
     "set proxi on",
     "set proxy yes",
     "set proxy on --code 255",
-    "set proxy on --code 0",
     "set ntp-servers on --code 43",
     "set routers off",
-    "set mtu off",
     "set host-name on",
     "show proxi",
     "list --code 3",
@@ -77,6 +75,13 @@ def test_list_in_a_pipe(root):
     names = [line.split("\t")[2] for line in lines.splitlines()]
     assert names == ["routers", "host-name", "mtu", "ntp-servers", "proxy"]  # by code
     assert lines.endswith("off\t200\tproxy\t\\u001b[2Jx\n")
+
+
+def test_apply_names_what_the_client_would_not_accept(root):
+    conf = root.write(CONFIGURATION, "request routers\n")
+    status, lines = ctl("apply")
+    assert status == 1
+    assert str(conf) in lines
 
 
 def test_check_names_a_code_that_was_edited_back_and_left_behind(root):
@@ -110,6 +115,8 @@ def test_check_names_other_network_managers(root):
 def test_unreadable_registry_is_left_alone(root):
     root.write(REGISTRY, "no database")
     assert ctl("set proxy on")[0] == 1
+    assert ctl("list")[0] == 1
+    assert ctl("apply")[0] == 0
     assert ctl("check")[1].endswith("\nthe stored choices cannot be read\n")
     assert root.path(REGISTRY).read_text() == "no database"
 

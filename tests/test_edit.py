@@ -135,14 +135,20 @@ def test_missing_file_is_made(conf, client):
     assert conf.stat().st_mode & 0o7777 == 0o644
 
 
+def test_file_that_is_too_large_is_not_cut(conf):
+    conf.write_bytes(bytes(2 ** 20 + 1))
+    assert edit(*ADD) == (1, f'{NAME}cannot read "{conf}": File too large\n')
+
+
 def test_link_mode_and_owner_are_kept(root, conf, client):
     real = root.write("/etc/elsewhere/real.conf", OLD)
     if os.geteuid() == 0:
-        os.chown(real, 12, 34)
+        os.chown(real, 0, 34)
     real.chmod(0o4640)  # a change of owner would clear the first bit
     before = real.stat()
     conf.unlink()
-    conf.symlink_to("/etc/elsewhere/real.conf")  # below the root
+    conf.symlink_to("../elsewhere/link")
+    root.path("/etc/elsewhere/link").symlink_to("/etc/elsewhere/real.conf")  # below the root
     assert edit(*ADD) == (0, "")
     assert conf.is_symlink()
     assert real.read_text() == NEW

@@ -2,6 +2,7 @@
 
 import os
 import select
+import signal
 import sqlite3
 import subprocess
 import time
@@ -82,6 +83,14 @@ def test_slow_tool_is_left_to_finish(root):
     assert root.calls(2) == [START, "finished"]
 
 
+def test_errors_that_nobody_reads(root):
+    root.define("bad", "x")
+    program = start("--apply")
+    program.stderr.close()
+    assert program.wait(PATIENCE) == 0
+    assert root.calls(2) == [START, ADD_FOO]
+
+
 @pytest.fixture
 def window(request):
     program = start(QT_QPA_PLATFORM="offscreen", QT_LOGGING_RULES="qt.widgets.painting=true")
@@ -91,6 +100,9 @@ def window(request):
 
 
 def test_second_start_is_refused_until_the_first_has_ended(root, window):
+    for _ in range(20):  # leases
+        window.send_signal(signal.SIGHUP)
+        time.sleep(0.01)
     assert outcome(start("--apply")) == (3, f"kiro-dhcp-mgr is already running (process {window.pid})\n")
     assert root.calls(0) == []
     window.kill()  # whatever it leaves must not stop the next one

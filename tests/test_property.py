@@ -47,14 +47,7 @@ MISTAKES = st.sampled_from([
     '}',
     'interface "eth0" {',
 ])
-NAMES = st.sampled_from([
-    "subnet-mask",
-    "routers",
-    "NTP-servers",
-    "ntp-servers",
-    "dhcp6.name-servers",
-    "corp-a",
-])
+NAMES = st.sampled_from(["subnet-mask", "routers", "NTP-servers", "ntp-servers", "dhcp6.name-servers", "corp-a"])
 KEYWORDS = st.sampled_from(["request ", "ReQuest\n", "also request ", "require ", "also require "])
 SEPARATORS = st.sampled_from([", ", ",", " ,\n    ", ", # not; \"this}\n"])
 ENDS = st.sampled_from(["\n", " ", " # words, more;\n", "\n\n"])

@@ -2,8 +2,6 @@
 #include "trial.h"
 #include "vorkan.h"
 
-#include <sys/stat.h>
-
 class TestRegistry : public QObject
 {
     Q_OBJECT
@@ -27,15 +25,6 @@ private slots:
         QCOMPARE(root->stored("entry"), "é");
         root->store("entry", VorkanBoolType, "other");
         QCOMPARE(store->find("entry")->value, "other");
-    }
-
-    void everybodyMayReadTheRegistry()
-    {
-        const mode_t previous = ::umask(077);
-        store->create("entry", VorkanBoolType);
-        QVERIFY(store->commit());
-        ::umask(previous);
-        QVERIFY(QFile::permissions(file).testFlag(QFile::ReadOther));
     }
 
     void failedCommitKeepsTheChanges()

@@ -11,6 +11,8 @@ class TestTable : public WindowTest
     Q_OBJECT
 
 private slots:
+    void init() { forgetChoicesAndValues(); }
+
     void storedChoiceWinsOverTheDefault()
     {
         root.store("root/DHCP/Req_chosen", 10, "1");
@@ -38,6 +40,7 @@ private slots:
         QVERIFY(!cell("always", RequestedColumn)->data(Qt::CheckStateRole).isValid());
         QVERIFY(cell("always", NameColumn)->flags().testFlag(Qt::ItemIsEnabled));
         QVERIFY(!cell("never", NameColumn)->flags().testFlag(Qt::ItemIsEnabled));
+        QVERIFY(cell("managed", NameColumn)->flags().testFlag(Qt::ItemIsEnabled));
     }
 
     void cellsOfARow()

@@ -15,6 +15,8 @@ class TestWindow : public WindowTest
     Q_OBJECT
 
 private slots:
+    void init() { forgetChoicesAndValues(); }
+
     void tabReachesTheButtonsInTheirOrder()
     {
         open({{"a", 1}, {"b", 2}});

@@ -26,16 +26,13 @@ struct Definition
 /// A test with a window over definitions, in a root whose tool and client only record how they were called.
 class WindowTest : public QObject
 {
-    Q_OBJECT
-
-private slots:
-    void init()
+protected:
+    void forgetChoicesAndValues()
     {
         root.registry().exec("DELETE FROM entry");
         QDir(root.path("/var/lib/dhcp3")).removeRecursively();
     }
 
-protected:
     void open(const QList<Definition> &definitions, bool force = false)
     {
         window.reset();
