@@ -61,7 +61,6 @@ def test_golden(conf, client, old, commands, expected, notes):
 
 
 @pytest.mark.parametrize("text, line, reason", [
-    ('interface "e0" {\n timeout 3;\n', 2, '";" or "}" expected'),
     ("timeout 3;\nrequest unknown-200;", 2, '"unknown-200" in a list: write the option\'s name'),
 ])
 def test_file_without_structure_is_refused_without_a_client(conf, text, line, reason):
