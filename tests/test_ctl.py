@@ -58,7 +58,6 @@ def test_standard_code_removes_the_stored_one():
     "set routers off",
     "set host-name on",
     "show proxi",
-    "list --code 3",
 ])
 def test_wrong_usage_is_refused_and_stores_nothing(root, command):
     status, complaint = ctl(command)

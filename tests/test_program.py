@@ -15,6 +15,7 @@ TOOL = "/usr/sbin/kiro-dhclient-edit"
 CLIENT = "/usr/sbin/dhclient"
 START = "dhclient '-1'"  # the client's, after everything else
 ADD_FOO = "kiro-dhclient-edit '--add-new-option' 'foo 200 text' '--add-request' 'foo'"
+AS_ROOT = pytest.mark.skipif(os.geteuid() != 0, reason="for root only")
 NO_DISPLAY = "Cannot open the display: could not connect to display :4711\n"
 
 
@@ -67,6 +68,7 @@ def test_update_needs_no_display_and_stores_defaults(root, registry):
 
 @pytest.mark.parametrize("arguments, environment, complaint", [
     ("--Apply --apply=yes -apply -platform vnc", {"DISPLAY": ":4711"}, NO_DISPLAY),
+    pytest.param("", {"DISPLAY": ":4711", "QT_QPA_PLATFORM": "vnc"}, NO_DISPLAY, marks=AS_ROOT),
     ("--apply", {"KIRO_DHCP_MGR_ROOT": "/none"}, "Cannot read config directory /none/usr/share/kiro-dhcp-mgr\n"),
 ])
 def test_start_refused(root, registry, arguments, environment, complaint):

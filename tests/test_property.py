@@ -34,7 +34,6 @@ STATEMENTS = st.sampled_from([
 MISTAKES = st.sampled_from([
     'supersede interface-mtu "x";',
     'prepend domain-name-servers 127.0.0.1 192.0.2.1;',
-    'reject 10.0.0;',
     'supersede domain-name example.com;',
     'frobnicate 5;',
     'timeout 5',

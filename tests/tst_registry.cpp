@@ -25,6 +25,10 @@ private slots:
         QCOMPARE(root->stored("entry"), "é");
         root->store("entry", VorkanBoolType, "other");
         QCOMPARE(store->find("entry")->value, "other");
+        QFile::remove(file); // an administrator's restore does so
+        store->create("later", VorkanBoolType);
+        QVERIFY(store->commit());
+        QCOMPARE(root->stored("later"), "");
     }
 
     void failedCommitKeepsTheChanges()
