@@ -82,7 +82,7 @@ def test_apply_names_what_the_client_would_not_accept(root):
     assert str(conf) in lines
 
 
-def test_check_names_a_code_that_was_edited_back_and_left_behind(root):
+def test_check_names_a_code_that_was_left_behind(root):
     root.write(CONFIGURATION, "option proxy code 200 = text;\nrequest routers, proxy;\n")
     ctl("set proxy on --code 240")
     assert ctl("check")[1].startswith("proxy: code 200 is applied, but 240 is stored; ")

@@ -63,7 +63,7 @@ def test_golden(conf, client, old, commands, expected, notes):
 @pytest.mark.parametrize("text, line, reason", [
     ("timeout 3;\nrequest unknown-200;", 2, '"unknown-200" in a list: write the option\'s name'),
 ])
-def test_file_without_structure_is_refused_without_a_client(conf, text, line, reason):
+def test_file_without_structure_is_refused(conf, text, line, reason):
     conf.write_text(text)
     assert edit(*ADD) == (1, f"{NAME}{conf}, line {line}: {reason}\n")
     assert conf.read_text() == text
@@ -122,7 +122,7 @@ def test_missing_file_is_made(conf, client):
     conf.unlink()
     assert edit("--del-request", "ntp-servers") == (0, "")
     assert not conf.exists()
-    conf.with_name(".dhclient.conf.new").write_text("left by a killed run")
+    conf.with_name(".dhclient.conf.new").write_text("of a killed run")
     assert edit(*ADD) == (0, "")
     assert conf.read_text() == "also request ntp-servers;\n"
     assert conf.stat().st_mode & 0o7777 == 0o644
