@@ -120,7 +120,6 @@ def test_value_that_a_renewal_did_not_ask_for_is_kept(hook):
     ("BOUND REBOOT TIMEOUT", "new", "new"),
     ("RENEW REBIND", "new", "old"),
     ("EXPIRE FAIL RELEASE STOP V6ONLY", None, "old"),
-    ("PREINIT", "old", "old"),
 ])
 def test_event_of_the_owner_and_of_another_client(hook, start, reasons, after_owner, after_stranger):
     owner, stranger, ended = start("owner").client, start("stranger").client, "4194304"  # beyond all process numbers

@@ -60,7 +60,7 @@ def test_apply_calls_the_tool_with(root, registry, elements, code, requested, ar
 
 
 def test_update_needs_no_display_and_stores_defaults(root, registry):
-    display = {"DISPLAY": ":4711", "QT_QPA_PLATFORM": "xcb", "QT_QPA_PLATFORMTHEME": "gtk3"}
+    display = {"DISPLAY": ":4711", "QT_QPA_PLATFORM": "xcb"}
     assert outcome(start("--show-all", "-style", "--update", **display)) == (0, "")
     assert root.calls(2) == [START, ADD_FOO]
     assert registry.execute("SELECT * FROM entry").fetchall() == [("root/DHCP/Req_foo", 10, "1")]

@@ -8,6 +8,8 @@
 #include "trial.h"
 #include "vapplication.h"
 
+#include <QComboBox>
+
 #include <csignal>
 
 class TestApp : public QObject
@@ -21,9 +23,10 @@ private slots:
         std::signal(SIGHUP, sighupHandler);
     }
 
-    void signalRefreshesTheValues()
+    void showsAllAndRefreshesTheValuesAtASignal()
     {
-        const DhcpApp app(false, false);
+        const DhcpApp app(false, true);
+        QCOMPARE(app.mainWindow()->findChild<QComboBox *>()->currentText(), "Show All Options");
         root.setValue("shown", "new");
         std::raise(SIGHUP);
         const QTableWidgetItem *value = app.mainWindow()->optionTable()->item(0, ValueColumn);
