@@ -22,7 +22,6 @@ STATEMENTS = st.sampled_from([
     'prepend domain-name-servers 127.0.0.1, 192.0.2.1;',
     'if option host-name = "x}" { timeout 5; } else { append domain-name "\\"{"; }',
     '# request routers; "open\n',
-    "# It's long.\n\n",
     'option space corp;\noption corp.proxy code 1 = text;',
     'pseudo "p" "wlan0" { timeout 3; }',
     'option corp-a code 200 = text; supersede corp-a "x;}";',
