@@ -149,7 +149,7 @@ def test_link_mode_and_owner_are_kept(root, conf, client):
     assert (after.st_mode, after.st_uid, after.st_gid) == (before.st_mode, before.st_uid, before.st_gid)
 
 
-def test_waits_for_the_lock_and_finishes_when_its_caller_kills_it(root, conf, client):
+def test_waits_for_the_lock_and_outlives_its_caller(root, conf, client):
     with root.write("/etc/dhcp/.dhclient.conf.lock", "").open() as lock:
         fcntl.flock(lock, fcntl.LOCK_SH)  # even that keeps it out
         tool = subprocess.Popen([TOOL, *ADD])

@@ -76,7 +76,7 @@ def test_only_options_become_files(hook):
     assert set(hook.values()) == {"eth1/host-name", "eth1/interface-mtu", "eth1/unknown-228"}
 
 
-def test_script_that_sources_the_hook_keeps_its_state(hook, root):
+def test_script_that_sources_it_keeps_its_state(hook, root):
     # A strict shell notices what the client's own script would not; the program swallows input, says much and fails.
     root.program("/usr/libexec/kiro-dhcp-mgr/record-lease", "cat; echo said; false")
     hook.script.write_text(f"""
